@@ -1,0 +1,87 @@
+#include "modules/common/page_builder.h"
+
+#include <algorithm>
+
+#include "glib/module_api/result_values.h"
+#include "modules/common/limits.h"
+#include "platform/source_file.h"
+
+namespace modules {
+namespace {
+
+constexpr std::uint32_t kOpaqueBlack = 0xFF000000;
+
+std::uint64_t PixelsSoFar(const glib::ImageDataExchange& exchange) {
+  std::uint64_t pixels = 0;
+  for (std::uint32_t i = 0; i < exchange.pages.count; ++i) {
+    const Page* page = exchange.pages.At(i);
+    if (page->bits > 0) pixels += static_cast<std::uint64_t>(page->width) * static_cast<std::uint64_t>(page->height);
+  }
+  return pixels;
+}
+
+}  // namespace
+
+std::uint32_t Fail(glib::ImageDataExchange& exchange, std::uint32_t result, const char* cause) {
+  if (exchange.message != nullptr) exchange.message->Assign(cause);
+  return result;
+}
+
+bool SizeAllowed(std::uint64_t width, std::uint64_t height) {
+  return width != 0 && height != 0 && width <= kMaxSide && height <= kMaxSide && width * height <= kMaxPagePixels;
+}
+
+Page* AddPage(glib::ImageDataExchange& exchange, std::uint32_t width, std::uint32_t height, std::uint32_t bits) {
+  if (!SizeAllowed(width, height)) {
+    Fail(exchange, glib::NSUP, "The picture has no pixels or too many");
+    return nullptr;
+  }
+  if (exchange.pages.count >= kMaxPages || PixelsSoFar(exchange) + std::uint64_t{width} * height > kMaxSourcePixels) {
+    Fail(exchange, glib::NSUP, "The file has too many pages");
+    return nullptr;
+  }
+  std::uint8_t* pixels = exchange.AllocateRaster(width, height, bits);
+  if (pixels == nullptr) {
+    Fail(exchange, glib::IERR, "There is no memory for the picture");
+    return nullptr;
+  }
+  auto* page = new Page;
+  page->bits = static_cast<std::int32_t>(bits);
+  page->width = static_cast<std::int32_t>(width);
+  page->height = static_cast<std::int32_t>(height);
+  page->pixels = pixels;
+  page->background = exchange.background;
+  std::fill(std::begin(page->palette), std::end(page->palette), kOpaqueBlack);
+  exchange.pages.Append(page);
+  return page;
+}
+
+void DropLastPage(glib::ImageDataExchange& exchange) {
+  if (exchange.pages.count != 0) delete exchange.pages.Remove(exchange.pages.count - 1);
+}
+
+void SetGrayRamp(Page& page, std::uint32_t levels) {
+  for (std::uint32_t i = 0; i < levels && i < 256; ++i) {
+    const auto grey = static_cast<std::uint8_t>(levels > 1 ? i * 255 / (levels - 1) : 0);
+    SetEntry(page, i, grey, grey, grey);
+  }
+  page.paletteEntries = levels;
+  page.grayscale = 1;
+}
+
+double CheckedDpi(double dpi) { return dpi >= 1.0 && dpi <= 10000.0 ? dpi : 72.0; }
+
+glib::FileInfo* NewFileInfo(const char* path, std::uint32_t id, std::int32_t width, std::int32_t height,
+                            std::int32_t bits, std::int32_t pages, double dpiX, double dpiY) {
+  auto* info = new glib::FileInfo(id);
+  info->width = width;
+  info->height = height;
+  info->bits() = bits;
+  info->pages = pages;
+  info->size = static_cast<std::int32_t>(std::clamp<std::int64_t>(platform::SourceSize(path), 0, 0x7FFFFFFF));
+  info->dpiX = dpiX;
+  info->dpiY = dpiY;
+  return info;
+}
+
+}  // namespace modules

@@ -1,0 +1,51 @@
+#ifndef MODULES_COMMON_PAGE_BUILDER_H_
+#define MODULES_COMMON_PAGE_BUILDER_H_
+
+#include <cstddef>
+#include <cstdint>
+
+#include "glib/module_api/exchange.h"
+#include "glib/module_api/save_settings.h"
+
+namespace modules {
+
+using Page = glib::ImageDataExchange::Page;
+
+// Leaves a short cause in the exchange's message and gives `result` back.
+std::uint32_t Fail(glib::ImageDataExchange& exchange, std::uint32_t result, const char* cause);
+
+// Whether a page of this size is within the limits.
+bool SizeAllowed(std::uint64_t width, std::uint64_t height);
+
+// A page with a zeroed raster, appended to the exchange, which owns it. It is a slide of its own, visible, with the
+// film's background, 72 dots per inch and an opaque black palette. Null, with a message: the size is over the limits,
+// there are too many pages, or there is no memory.
+Page* AddPage(glib::ImageDataExchange& exchange, std::uint32_t width, std::uint32_t height, std::uint32_t bits);
+
+// Takes the last page back out of the exchange and deletes it with its raster.
+void DropLastPage(glib::ImageDataExchange& exchange);
+
+inline std::uint8_t* Row(Page& page, std::uint32_t y) { return page.pixels + y * page.Stride(); }
+
+// An opaque palette entry; SetEntry with alpha 0 makes a transparent one.
+inline void SetEntry(Page& page, std::uint32_t index, std::uint8_t red, std::uint8_t green, std::uint8_t blue,
+                     std::uint8_t alpha = 255) {
+  page.palette[index & 255U] = static_cast<std::uint32_t>(alpha) << 24 | static_cast<std::uint32_t>(red) << 16 |
+                               static_cast<std::uint32_t>(green) << 8 | blue;
+}
+
+// Grey entries from black to white over the `levels` lowest indices; the page counts as grey.
+void SetGrayRamp(Page& page, std::uint32_t levels);
+
+// A resolution in dots per inch as a file gives it: what is missing or senseless becomes 72.
+double CheckedDpi(double dpi);
+inline double DpiFromMetre(double dotsPerMetre) { return CheckedDpi(dotsPerMetre * 0.0254); }
+inline double DpiFromCentimetre(double dotsPerCentimetre) { return CheckedDpi(dotsPerCentimetre * 2.54); }
+
+// A file information record; `size` is the file's length, at most what 31 bits hold.
+glib::FileInfo* NewFileInfo(const char* path, std::uint32_t id, std::int32_t width, std::int32_t height,
+                            std::int32_t bits, std::int32_t pages, double dpiX, double dpiY);
+
+}  // namespace modules
+
+#endif  // MODULES_COMMON_PAGE_BUILDER_H_

@@ -1,0 +1,39 @@
+#include "platform/library.h"
+
+#include <dlfcn.h>
+
+#include <string>
+
+#include "platform/native_path.h"
+#include "platform/program.h"
+
+namespace platform {
+namespace {
+
+constexpr const char* kExtension = ".so";
+
+void* Open(const std::string& file) { return dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL); }
+
+}  // namespace
+
+void* LoadModule(const char* folder, const char* name) {
+  if (name == nullptr || *name == '\0') return nullptr;
+  const std::string file = NativePath(name) + kExtension;
+  if (folder != nullptr && *folder != '\0') return Open(NativePath(folder) + "/" + file);
+
+  const std::string beside = ProgramFolder();
+  if (!beside.empty()) {
+    if (void* module = Open(beside + "/modules/" + file)) return module;
+    if (void* module = Open(beside + "/../lib/zefa/" + file)) return module;
+  }
+  // A name with a slash would be looked up from the current folder.
+  return file.find('/') == std::string::npos ? Open(file) : nullptr;
+}
+
+void* ModuleEntry(void* module, const char* name) { return dlsym(module, name); }
+
+void FreeModule(void* module) {
+  if (module != nullptr) dlclose(module);
+}
+
+}  // namespace platform

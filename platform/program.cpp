@@ -1,0 +1,32 @@
+#include "platform/program.h"
+
+#include <syslog.h>
+#include <unistd.h>
+
+#include <climits>
+#include <cstdio>
+
+namespace platform {
+namespace {
+
+std::string FindProgramFolder() {
+  char path[PATH_MAX];
+  const ssize_t length = readlink("/proc/self/exe", path, sizeof(path));
+  if (length <= 0) return {};
+  const std::string program(path, static_cast<std::size_t>(length));
+  const std::size_t slash = program.rfind('/');
+  return slash == std::string::npos ? std::string() : program.substr(0, slash);
+}
+
+}  // namespace
+
+const std::string& ProgramFolder() {
+  static const std::string folder = FindProgramFolder();
+  return folder;
+}
+
+void DebugMessage(const char* text) { syslog(LOG_USER | LOG_DEBUG, "%s", text); }
+
+void ErrorMessage(const char* text) { std::fprintf(stderr, "%s\n", text); }
+
+}  // namespace platform

@@ -1,0 +1,19 @@
+#ifndef PLATFORM_PROGRAM_H_
+#define PLATFORM_PROGRAM_H_
+
+#include <string>
+
+namespace platform {
+
+// Folder of the running program as the system has it, without a trailing slash; empty if it can't be found out.
+const std::string& ProgramFolder();
+
+// To the system's log at debug level; neither standard output nor standard error sees it.
+void DebugMessage(const char* text);
+
+// The text on standard error, with a line end: what a message box would show.
+void ErrorMessage(const char* text);
+
+}  // namespace platform
+
+#endif  // PLATFORM_PROGRAM_H_
