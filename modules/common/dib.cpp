@@ -217,7 +217,7 @@ std::uint32_t LoadDib(std::span<const std::uint8_t> dib, std::size_t dataOffset,
   DibPlan plan;
   Verdict verdict = ReadDibHeader(dib, DibForm::kPicture, header);
   if (verdict.result == glib::RCOK) verdict = PlanDib(dib, header, dataOffset, plan);
-  if (verdict.result != glib::RCOK) return Fail(exchange, verdict.result, verdict.cause);
+  if (verdict.result != glib::RCOK) return Fail(exchange, verdict);
   Page* page = AddPage(exchange, header.width, header.height, plan.pageBits);
   if (page == nullptr) return glib::NSUP;
   FillDibPage(dib, header, plan, *page);

@@ -5,20 +5,12 @@
 #include <cstdint>
 #include <span>
 
-#include "glib/module_api/result_values.h"
 #include "modules/common/page_builder.h"
 
 // Device-independent bitmaps as they stand in BMP files, icons, metafiles and elsewhere: a header, masks, a palette and
 // the rows. A reader that only wants the picture calls LoadDib; one with wishes of its own takes the four steps.
 
 namespace modules {
-
-// RCOK, or why not.
-struct Verdict {
-  std::uint32_t result;
-  const char* cause;
-};
-inline constexpr Verdict kFine{glib::RCOK, ""};
 
 enum class DibForm {
   kPicture,

@@ -6,14 +6,25 @@
 #include <span>
 
 #include "glib/module_api/exchange.h"
+#include "glib/module_api/result_values.h"
 #include "glib/module_api/save_settings.h"
 
 namespace modules {
 
 using Page = glib::ImageDataExchange::Page;
 
+// RCOK, or why not.
+struct Verdict {
+  std::uint32_t result;
+  const char* cause;
+};
+inline constexpr Verdict kFine{glib::RCOK, ""};
+
 // Leaves a short cause in the exchange's message and gives `result` back.
 std::uint32_t Fail(glib::ImageDataExchange& exchange, std::uint32_t result, const char* cause);
+inline std::uint32_t Fail(glib::ImageDataExchange& exchange, const Verdict& verdict) {
+  return Fail(exchange, verdict.result, verdict.cause);
+}
 
 // Whether a page of this size is within the limits.
 bool SizeAllowed(std::uint64_t width, std::uint64_t height);
