@@ -18,6 +18,8 @@ Text WithoutLeadingBlanks(const Text& text) {
   return FromPosition(text, blanks);
 }
 
+// `cut` is where the first piece of `rest` ends, -1 meaning at the end. A cut of 0 makes no piece: either the text
+// began with blanks, which have gone meanwhile, or with the quote.
 void SplitQuoted(Text rest, std::int32_t cut, Tokens& tokens) {
   for (;;) {
     rest = WithoutLeadingBlanks(rest);
@@ -25,9 +27,9 @@ void SplitQuoted(Text rest, std::int32_t cut, Tokens& tokens) {
     if (cut != 0) {
       const Text piece = rest.Left(static_cast<std::uint32_t>(cut));
       if (piece.Find("\"") < 0) tokens.Append(new Text(piece));
+      if (cut < 0) return;
+      rest = FromPosition(rest, static_cast<std::uint32_t>(cut) + 1);
     }
-    if (cut < 0) return;
-    rest = FromPosition(rest, static_cast<std::uint32_t>(cut) + 1);
     cut = rest.Find(" ");
   }
 }
