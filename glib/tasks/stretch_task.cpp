@@ -29,7 +29,7 @@ void CentreOnCanvas(Film& film, float width, float height) {
       layer->SetPosition(*dx, *dy);
       const auto canvasWidth = CutToInteger(static_cast<double>(width) - layer->x);
       const auto canvasHeight = CutToInteger(static_cast<double>(height) - layer->y);
-      if (canvasWidth && canvasHeight) layer->ResizeCanvas(*canvasWidth, *canvasHeight);
+      if (canvasWidth > 0 && canvasHeight > 0) layer->ResizeCanvas(*canvasWidth, *canvasHeight);
     }
     slide->stale = true;
   }
