@@ -74,10 +74,17 @@ void AppendAutoCrop(ParseState& state, std::uint32_t color) {
   AppendTask<glib::AutoCropParams>(state, glib::TaskAutoCrop)->color = color;
 }
 
+// A colour that can't be read is 0.
 std::uint32_t DecimalColor(const char* value) {
   std::int32_t number = 0;
   ValueReader(value).Decimal(number);
   return static_cast<std::uint32_t>(number);
+}
+
+std::uint32_t HexadecimalColor(const char* value) {
+  std::uint32_t number = 0;
+  ValueReader(value).Hexadecimal(number);
+  return number;
 }
 
 }  // namespace
@@ -163,9 +170,7 @@ void AddTransparentColor(ParseState& state, const OptionWord& word) {
 }
 
 void AddTransparentColorHex(ParseState& state, const OptionWord& word) {
-  std::uint32_t color = 0;
-  ValueReader(word.value).Hexadecimal(color);
-  AppendTransparent(state, color);
+  AppendTransparent(state, HexadecimalColor(word.value));
 }
 
 void AddTransparentColorBytes(ParseState& state, const OptionWord& word) {
@@ -174,11 +179,7 @@ void AddTransparentColorBytes(ParseState& state, const OptionWord& word) {
 
 void AddAutoCrop(ParseState& state, const OptionWord& word) { AppendAutoCrop(state, DecimalColor(word.value)); }
 
-void AddAutoCropHex(ParseState& state, const OptionWord& word) {
-  std::uint32_t color = 0;
-  ValueReader(word.value).Hexadecimal(color);
-  AppendAutoCrop(state, color);
-}
+void AddAutoCropHex(ParseState& state, const OptionWord& word) { AppendAutoCrop(state, HexadecimalColor(word.value)); }
 
 void AddAutoCropBytes(ParseState& state, const OptionWord& word) {
   AppendAutoCrop(state, ReadColorBytes(ValueReader(word.value), 4));
