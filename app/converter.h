@@ -28,6 +28,10 @@ class Converter {
   // naming
   static void ChangeExtension(Text& path, Text name, Text ext);
   static void CleanName(Text& path);
+  // The folder that a path lies in, as EnsureFolder wants it: "." for a bare name, the backslash alone for the root.
+  static Text FolderOf(Text path);
+  // Makes a folder with its parents; a relative one is made in the current folder. What was made before a failure
+  // stays.
   static bool EnsureFolder(Text folder);
   static Text FreeName(Text path, Text ext);
   static bool RemoveFile(Text path);
