@@ -36,4 +36,12 @@ void FreeModule(void* module) {
   if (module != nullptr) dlclose(module);
 }
 
+std::string FolderOfCode(const void* code) {
+  Dl_info info{};
+  if (dladdr(code, &info) == 0 || info.dli_fname == nullptr) return {};
+  const std::string file = info.dli_fname;
+  const std::size_t slash = file.rfind('/');
+  return slash == std::string::npos ? std::string() : file.substr(0, slash);
+}
+
 }  // namespace platform

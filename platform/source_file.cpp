@@ -44,6 +44,11 @@ std::int64_t SourceSize(const char* path) {
   return status.st_size;
 }
 
+std::int64_t OpenFileSize(std::FILE* file) {
+  struct stat status {};
+  return fstat(fileno(file), &status) != 0 || !S_ISREG(status.st_mode) ? -1 : status.st_size;
+}
+
 FileBytes ReadSource(const char* path, std::size_t limit) {
   FileBytes bytes;
   std::int64_t size = 0;

@@ -14,6 +14,7 @@ std::FILE* OpenSource(const char* path);
 
 // Bytes of a regular file, or -1.
 std::int64_t SourceSize(const char* path);
+std::int64_t OpenFileSize(std::FILE* file);  // without what is still buffered
 
 // A whole file in memory.
 struct FileBytes {
