@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <new>
 #include <string>
 
 #include "platform/native_path.h"
@@ -55,7 +54,7 @@ FileBytes ReadSource(const char* path, std::size_t limit) {
   const int file = OpenRegular(path, size);
   if (file < 0) return bytes;
   const std::size_t wanted = std::min(static_cast<std::size_t>(size), limit);
-  bytes.data.reset(new (std::nothrow) std::uint8_t[wanted + 1]);
+  bytes.data.reset(static_cast<std::uint8_t*>(AllocateUninitialisedPages(wanted + 1)));
   while (bytes.data != nullptr && bytes.size < wanted) {
     const ssize_t got = read(file, bytes.data.get() + bytes.size, wanted - bytes.size);
     if (got < 0) {

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <memory>
 
+#include "platform/pages.h"
+
 namespace platform {
 
 // Opens a regular file for binary reading; null for anything else: what is no file (a folder, a pipe, a device) could
@@ -16,9 +18,13 @@ std::FILE* OpenSource(const char* path);
 std::int64_t SourceSize(const char* path);
 std::int64_t OpenFileSize(std::FILE* file);  // without what is still buffered
 
-// A whole file in memory.
+// A whole file in memory: in a block of pages, so that the next large file finds them faulted in.
 struct FileBytes {
-  std::unique_ptr<std::uint8_t[]> data;  // null if the file can't be read
+  struct Free {
+    void operator()(std::uint8_t* block) const { FreePages(block); }
+  };
+
+  std::unique_ptr<std::uint8_t[], Free> data;  // null if the file can't be read
   std::size_t size = 0;
 };
 

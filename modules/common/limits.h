@@ -20,6 +20,8 @@ inline constexpr std::uint64_t kMaxSourcePixels = std::uint64_t{1} << 30;
 inline constexpr std::uint32_t kMaxNesting = 16;
 // A run-length code that makes large sides out of a few bytes: a byte of data makes at most this many pixels.
 inline constexpr std::uint64_t kMaxRunPixelsPerByte = 128;
+// So many pixels harm nobody, and an empty picture is a few bytes long in some codes.
+inline constexpr std::uint64_t kHarmlessPixels = std::uint64_t{1} << 20;
 
 }  // namespace modules
 

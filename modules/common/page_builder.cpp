@@ -4,12 +4,14 @@
 
 #include "glib/module_api/result_values.h"
 #include "modules/common/limits.h"
+#include "platform/metafile/metafile.h"
 #include "platform/source_file.h"
 
 namespace modules {
 namespace {
 
 constexpr std::uint32_t kOpaqueBlack = 0xFF000000;
+constexpr const char* kTooManyPages = "The file has too many pages";
 
 std::uint64_t PixelsSoFar(const glib::ImageDataExchange& exchange) {
   std::uint64_t pixels = 0;
@@ -18,6 +20,15 @@ std::uint64_t PixelsSoFar(const glib::ImageDataExchange& exchange) {
     if (page->bits > 0) pixels += static_cast<std::uint64_t>(page->width) * static_cast<std::uint64_t>(page->height);
   }
   return pixels;
+}
+
+// Without raster, appended to the exchange.
+Page* NewPage(glib::ImageDataExchange& exchange) {
+  auto* page = new Page;
+  page->background = exchange.background;
+  std::fill(std::begin(page->palette), std::end(page->palette), kOpaqueBlack);
+  exchange.pages.Append(page);
+  return page;
 }
 
 }  // namespace
@@ -31,13 +42,18 @@ bool SizeAllowed(std::uint64_t width, std::uint64_t height) {
   return width != 0 && height != 0 && width <= kMaxSide && height <= kMaxSide && width * height <= kMaxPagePixels;
 }
 
+bool SizeBelievable(std::uint64_t width, std::uint64_t height, std::uint64_t bytes) {
+  const std::uint64_t pixels = width * height;
+  return pixels <= kHarmlessPixels || pixels / kMaxRunPixelsPerByte <= bytes;
+}
+
 Page* AddPage(glib::ImageDataExchange& exchange, std::uint32_t width, std::uint32_t height, std::uint32_t bits) {
   if (!SizeAllowed(width, height)) {
     Fail(exchange, glib::NSUP, "The picture has no pixels or too many");
     return nullptr;
   }
   if (exchange.pages.count >= kMaxPages || PixelsSoFar(exchange) + std::uint64_t{width} * height > kMaxSourcePixels) {
-    Fail(exchange, glib::NSUP, "The file has too many pages");
+    Fail(exchange, glib::NSUP, kTooManyPages);
     return nullptr;
   }
   std::uint8_t* pixels = exchange.AllocateRaster(width, height, bits);
@@ -45,15 +61,34 @@ Page* AddPage(glib::ImageDataExchange& exchange, std::uint32_t width, std::uint3
     Fail(exchange, glib::IERR, "There is no memory for the picture");
     return nullptr;
   }
-  auto* page = new Page;
+  Page* page = NewPage(exchange);
   page->bits = static_cast<std::int32_t>(bits);
   page->width = static_cast<std::int32_t>(width);
   page->height = static_cast<std::int32_t>(height);
   page->pixels = pixels;
-  page->background = exchange.background;
-  std::fill(std::begin(page->palette), std::end(page->palette), kOpaqueBlack);
-  exchange.pages.Append(page);
   return page;
+}
+
+Page* AddMetafilePage(glib::ImageDataExchange& exchange, std::span<const std::uint8_t> records) {
+  if (exchange.pages.count >= kMaxPages) {
+    Fail(exchange, glib::NSUP, kTooManyPages);
+    return nullptr;
+  }
+  platform::Metafile* metafile = platform::SetEnhMetaFileBits(records.data(), records.size());
+  if (metafile == nullptr) {
+    Fail(exchange, glib::IERR, "The metafile has no header");
+    return nullptr;
+  }
+  Page* page = NewPage(exchange);
+  page->SetMetafile(metafile, -1, -1, false);
+  return page;
+}
+
+std::uint32_t EndOfRows(glib::ImageDataExchange& exchange, std::uint32_t rows, std::uint32_t height) {
+  if (rows >= height) return glib::RCOK;
+  if (rows != 0) return Fail(exchange, glib::RCOK, "The file is cut off");
+  DropLastPage(exchange);
+  return Fail(exchange, glib::IERR, "The file is cut off before its first row");
 }
 
 void DropLastPage(glib::ImageDataExchange& exchange) {

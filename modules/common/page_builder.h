@@ -3,24 +3,48 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 #include "glib/module_api/exchange.h"
+#include "glib/module_api/result_values.h"
 #include "glib/module_api/save_settings.h"
 
 namespace modules {
 
 using Page = glib::ImageDataExchange::Page;
 
+// RCOK, or why not.
+struct Verdict {
+  std::uint32_t result;
+  const char* cause;
+};
+inline constexpr Verdict kFine{glib::RCOK, ""};
+
 // Leaves a short cause in the exchange's message and gives `result` back.
 std::uint32_t Fail(glib::ImageDataExchange& exchange, std::uint32_t result, const char* cause);
+inline std::uint32_t Fail(glib::ImageDataExchange& exchange, const Verdict& verdict) {
+  return Fail(exchange, verdict.result, verdict.cause);
+}
 
 // Whether a page of this size is within the limits.
 bool SizeAllowed(std::uint64_t width, std::uint64_t height);
+
+// Whether so many bytes can hold a picture of this size, in a code of runs or as rows of which some are missing. To be
+// asked before the raster is allocated.
+bool SizeBelievable(std::uint64_t width, std::uint64_t height, std::uint64_t bytes);
 
 // A page with a zeroed raster, appended to the exchange, which owns it. It is a slide of its own, visible, with the
 // film's background, 72 dots per inch and an opaque black palette. Null, with a message: the size is over the limits,
 // there are too many pages, or there is no memory.
 Page* AddPage(glib::ImageDataExchange& exchange, std::uint32_t width, std::uint32_t height, std::uint32_t bits);
+
+// A page that is a metafile with the size of its frame, from a copy of its records. Null, with a message, if they don't
+// begin with the header of an enhanced metafile or if there are too many pages.
+Page* AddMetafilePage(glib::ImageDataExchange& exchange, std::span<const std::uint8_t> records);
+
+// The result of a load that found `rows` of the rows of the last page. Missing rows stay zero and are worth a word in
+// the message; without any the page is taken back.
+std::uint32_t EndOfRows(glib::ImageDataExchange& exchange, std::uint32_t rows, std::uint32_t height);
 
 // Takes the last page back out of the exchange and deletes it with its raster.
 void DropLastPage(glib::ImageDataExchange& exchange);

@@ -68,23 +68,19 @@ Box InkedBox(const ImageDataExchange::Page& page) {
   return box.left < box.right ? box : whole;
 }
 
-// Which cells a pixel lies in, and by how much.
-struct Share {
-  std::size_t cell;
-  double weight;
+// The pixels of one axis that a cell is the mean of: all whose middle lies within it, and the nearest one where pixels
+// are larger than cells.
+struct Span {
+  std::uint32_t begin, end;
 };
 
-std::vector<Share> SharesOf(std::uint32_t position, std::uint32_t length) {
-  const double scale = static_cast<double>(kSide) / length;
-  const double begin = position * scale;
-  const double end = (position + 1) * scale;
-  std::vector<Share> shares;
-  for (auto cell = static_cast<std::size_t>(begin); cell < kSide && static_cast<double>(cell) < end; ++cell) {
-    const double low = std::max(begin, static_cast<double>(cell));
-    const double high = std::min(end, static_cast<double>(cell + 1));
-    if (high > low) shares.push_back({cell, high - low});
-  }
-  return shares;
+Span PixelsOf(std::size_t cell, std::uint32_t length) {
+  const double scale = static_cast<double>(length) / kSide;
+  const double middle = (static_cast<double>(cell) + 0.5) * scale;
+  const double reach = std::max(scale, 1.0) / 2;
+  const auto begin = static_cast<std::uint32_t>(std::max(middle - reach + 0.5, 0.0));
+  const auto end = std::min(static_cast<std::uint32_t>(middle + reach + 0.5), length);
+  return {begin, std::max(end, begin + 1)};
 }
 
 double MeanDifference(const Look& left, const Look& right) {
@@ -155,16 +151,14 @@ std::vector<Expected> CorpusFiles(const std::string& folder) {
 Look LookOf(const ImageDataExchange::Page& page, bool crop) {
   const Box box = crop ? InkedBox(page) : WholeOf(page);
   Look look{};
-  std::vector<std::vector<Share>> columns;
-  for (std::uint32_t x = box.left; x < box.right; ++x) columns.push_back(SharesOf(x - box.left, box.right - box.left));
-  for (std::uint32_t y = box.top; y < box.bottom; ++y) {
-    for (const Share row : SharesOf(y - box.top, box.bottom - box.top)) {
-      for (std::uint32_t x = box.left; x < box.right; ++x) {
-        const auto colour = OverWhite(PixelAt(page, x, y));
-        for (const Share column : columns[x - box.left]) {
-          double* cell = &look[(row.cell * kSide + column.cell) * 3];
-          for (std::size_t i = 0; i < 3; ++i) cell[i] += colour[i] * row.weight * column.weight;
-        }
+  for (std::size_t cell = 0; cell < kLookCells; ++cell) {
+    const Span rows = PixelsOf(cell / kSide, box.bottom - box.top);
+    const Span columns = PixelsOf(cell % kSide, box.right - box.left);
+    const double count = static_cast<double>(rows.end - rows.begin) * (columns.end - columns.begin);
+    for (std::uint32_t y = rows.begin; y < rows.end; ++y) {
+      for (std::uint32_t x = columns.begin; x < columns.end; ++x) {
+        const auto colour = OverWhite(PixelAt(page, box.left + x, box.top + y));
+        for (std::size_t i = 0; i < 3; ++i) look[3 * cell + i] += colour[i] / count;
       }
     }
   }
