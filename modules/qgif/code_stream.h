@@ -40,6 +40,9 @@ class CodeStream {
 
   bool Full() const { return entries_ == kMaxEntries; }
 
+  // What NewEntry will give.
+  std::uint32_t NextEntry() const { return entries_; }
+
   // The code of the entry that is due.
   std::uint32_t NewEntry() {
     const std::uint32_t entry = entries_++;

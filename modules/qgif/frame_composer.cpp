@@ -101,7 +101,7 @@ void FrameComposer::DecodeIntoScratch(const FrameHeader& frame) {
 bool FrameComposer::Compose(const FrameHeader& frame, const Area& area) {
   int transparent = -1;
   return ChooseTransparent(frame, area, transparent) ? ComposeIndexed(frame, area, transparent)
-                                                     : ComposeTrueColour(frame, area);
+                                                     : ComposeTrueColor(frame, area);
 }
 
 // Whether the page can have 8 bits, and with which index for what nothing was drawn on.
@@ -175,7 +175,7 @@ bool FrameComposer::ComposeIndexed(const FrameHeader& frame, const Area& area, i
   return true;
 }
 
-bool FrameComposer::ComposeTrueColour(const FrameHeader& frame, const Area& area) {
+bool FrameComposer::ComposeTrueColor(const FrameHeader& frame, const Area& area) {
   Page* page = modules::AddPage(exchange_, width_, height_, 32);
   if (page == nullptr) return false;
   const auto rowOf = [&](std::uint32_t y) {

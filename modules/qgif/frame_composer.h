@@ -55,7 +55,7 @@ class FrameComposer {
   void DecodeIntoScratch(const FrameHeader& frame);
   bool Compose(const FrameHeader& frame, const Area& area);
   bool ComposeIndexed(const FrameHeader& frame, const Area& area, int transparent);
-  bool ComposeTrueColour(const FrameHeader& frame, const Area& area);
+  bool ComposeTrueColor(const FrameHeader& frame, const Area& area);
   bool ChooseTransparent(const FrameHeader& frame, const Area& area, int& transparent) const;
   template <typename Draw>
   void ForEachRow(const FrameHeader& frame, const Area& area, Draw draw) const;

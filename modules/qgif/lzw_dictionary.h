@@ -12,8 +12,9 @@ inline constexpr std::uint32_t kMaxEntries = 4096;
 
 // The strings of an LZW encoder. A string is named by its code; an entry is a string and the pixel behind it.
 //
-// Entries stand in a dense table, so that one load finds them. Those whose pixel repeats the last one of the string
-// have a small table of their own: the long runs of drawings then stay within the first cache.
+// Entries stand in a dense table, so that one load finds them. With many colours those whose pixel repeats the last one
+// of the string have a small table of their own: the long runs of drawings then stay within the first cache. With 16
+// and fewer the dense table does so by itself.
 class LzwDictionary {
  public:
   LzwDictionary() : slots_(new std::uint16_t[kSlots]()) {}
@@ -26,9 +27,12 @@ class LzwDictionary {
     codeSize_ = codeSize;
   }
 
-  // Where the entry of `code` and `pixel` stands; `last` is the last pixel of the string.
+  static bool HasRepeats(std::uint32_t codeSize) { return codeSize > 4; }
+
+  // Where the entry of `code` and `pixel` stands; `last` is the last pixel of the string. kRepeats is HasRepeats.
+  template <bool kRepeats>
   std::uint32_t SlotOf(std::uint32_t code, std::uint32_t pixel, std::uint32_t last) const {
-    return pixel == last ? kRepeats + code : code << codeSize_ | pixel;
+    return kRepeats && pixel == last ? kFirstRepeat + code : code << codeSize_ | pixel;
   }
   // Code of the entry, or 0 for none: 0 is a pixel's code and never that of an entry.
   std::uint32_t At(std::uint32_t slot) const { return slots_[slot]; }
@@ -41,8 +45,8 @@ class LzwDictionary {
   void Unset() { slots_[usedSlots_[--used_]] = 0; }
 
  private:
-  static constexpr std::uint32_t kRepeats = kMaxEntries << 8;
-  static constexpr std::size_t kSlots = std::size_t{kRepeats} + kMaxEntries;
+  static constexpr std::uint32_t kFirstRepeat = kMaxEntries << 8;
+  static constexpr std::size_t kSlots = std::size_t{kFirstRepeat} + kMaxEntries;
 
   std::unique_ptr<std::uint16_t[]> slots_;
   std::array<std::uint32_t, kMaxEntries> usedSlots_;
