@@ -15,10 +15,11 @@ namespace {
 constexpr std::size_t kMaxWrite = std::size_t{1} << 30;
 constexpr int kTries = 3;
 
+// O_NONBLOCK: a pipe without a reader is refused instead of waited for. It changes nothing for files.
 int OpenAgain(const char* path, int flags) {
   int file = -1;
   do {
-    file = open(path, flags | O_WRONLY | O_CLOEXEC | O_NOCTTY, 0666);
+    file = open(path, flags | O_WRONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666);
   } while (file < 0 && errno == EINTR);
   return file;
 }

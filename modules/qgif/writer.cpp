@@ -64,6 +64,15 @@ class FileSink : public ByteSink {
   platform::OutputFile file_;
 };
 
+class MemorySink : public ByteSink {
+ public:
+  bool Take(std::span<const std::uint8_t> taken) override {
+    bytes.insert(bytes.end(), taken.begin(), taken.end());
+    return true;
+  }
+  std::vector<std::uint8_t> bytes;
+};
+
 // The frames of one file. Pages are turned into indices one at a time.
 class FrameWriter {
  public:
@@ -110,13 +119,34 @@ class FrameWriter {
                        frame.area, settings_.interlaced, OwnTable(i), output_);
       const std::uint32_t codeSize = CodeSizeFor(frame.highest);
       if (frame.choices) {
-        encoder_.EncodeChoices(frame.indices.data(), frame.alternatives.data(), frame.indices.size(), codeSize,
-                               output_);
-      } else {  // rows are in the order of the file already
-        encoder_.Encode({frame.indices.data(), frame.area.width, frame.area.width, frame.area.height, false}, codeSize,
-                        output_);
+        WriteShortest(frame, codeSize);
+      } else {
+        EncodeFrame(frame, frame.indices, codeSize, output_);
       }
     }
+  }
+
+  // Rows of such frames are in the order of the file already.
+  void EncodeFrame(const ChangedFrame& frame, const std::vector<std::uint8_t>& indices, std::uint32_t codeSize,
+                   BlockOutput& output) {
+    encoder_.Encode({indices.data(), frame.area.width, frame.area.width, frame.area.height, false}, codeSize, output);
+  }
+
+  // The longest strings are not always the fewest codes: drawing all that may be drawn, or nothing of it, is tried too.
+  void WriteShortest(const ChangedFrame& frame, std::uint32_t codeSize) {
+    MemorySink ways[3];
+    for (int way = 0; way < 3; ++way) {
+      BlockOutput output(ways[way]);
+      if (way == 0) {
+        encoder_.EncodeChoices(frame.indices.data(), frame.alternatives.data(), frame.indices.size(), codeSize, output);
+      } else {
+        EncodeFrame(frame, way == 1 ? frame.indices : frame.alternatives, codeSize, output);
+      }
+      output.Flush();
+    }
+    output_.Bytes(std::min_element(std::begin(ways), std::end(ways), [](const MemorySink& a, const MemorySink& b) {
+                    return a.bytes.size() < b.bytes.size();
+                  })->bytes);
   }
 
   // Whether something of the page could be seen through the one that follows it; after the last comes the first.

@@ -148,6 +148,40 @@ TEST(LzwDecoder, DamagedCodesAgreeWithThePlainForm) {
   }
 }
 
+// Without a choice the same bytes come out; with choices every pixel is one of the two, and what a run may join it
+// does.
+TEST(LzwEncoder, ChoosesBetweenIndices) {
+  std::mt19937 random(5);
+  qgif::LzwEncoder encoder;
+  for (const unsigned codeSize : {2U, 4U, 5U, 8U}) {
+    for (const Kind kind : {Kind::kNoise, Kind::kRuns, Kind::kGradient}) {
+      for (const std::size_t count : {1U, 2U, 9U, 3000U, 130000U}) {
+        SCOPED_TRACE(std::to_string(codeSize) + " " + std::to_string(count));
+        const Bytes pixels = MakePixels(kind, count, 1U << codeSize, 9);
+        MemorySink plain;
+        MemorySink same;
+        MemorySink chosen;
+        qgif::BlockOutput plainOutput(plain);
+        qgif::BlockOutput sameOutput(same);
+        qgif::BlockOutput chosenOutput(chosen);
+        encoder.Encode({pixels.data(), count, static_cast<std::uint32_t>(count), 1, false}, codeSize, plainOutput);
+        encoder.EncodeChoices(pixels.data(), pixels.data(), count, codeSize, sameOutput);
+        Bytes others = pixels;
+        for (std::uint8_t& other : others) other = random() % 4 != 0 ? std::uint8_t{1} : other;
+        encoder.EncodeChoices(pixels.data(), others.data(), count, codeSize, chosenOutput);
+        ASSERT_TRUE(plainOutput.Flush() && sameOutput.Flush() && chosenOutput.Flush());
+        EXPECT_TRUE(plain.taken == same.taken);
+        const Bytes decoded = Decode(support::JoinBlocks(chosen.taken, 1), codeSize, count);
+        ASSERT_EQ(decoded.size(), count);
+        for (std::size_t i = 0; i < count; ++i) ASSERT_TRUE(decoded[i] == pixels[i] || decoded[i] == others[i]) << i;
+        if (count >= 3000 && kind == Kind::kNoise) {
+          EXPECT_LT(chosen.taken.size(), plain.taken.size());
+        }
+      }
+    }
+  }
+}
+
 // A table that is never cleared keeps its last entry, and the codes stay at their widest.
 TEST(LzwDecoder, KeepsAFullTable) {
   const Bytes pixels = MakePixels(Kind::kNoise, 400000, 3, 5);
