@@ -41,6 +41,10 @@ void Converter::CleanName(Text& path) {
   path.ReplaceAll(":\\\\", ":\\");
 }
 
+Converter::Text Converter::NameOf(Text path) {
+  return path.Right(path.Length() - static_cast<std::uint32_t>(LastPosition(path, '\\') + 1));
+}
+
 Converter::Text Converter::FolderOf(Text path) {
   const std::int32_t slash = LastPosition(path, '\\');
   if (slash < 0) return ".";
@@ -86,17 +90,15 @@ bool Converter::RemoveFile(Text path) try {
   return false;
 }
 
-void Converter::RemoveMatching(Text folder, Text pattern) {
-  // A relative folder is meant from the folder where the run stands, so the files go after the way back.
-  std::vector<platform::FolderEntry> entries;
-  {
-    const platform::CurrentFolderKeeper keeper;
-    if (!EnterFolder(folder.c_str())) return;
-    entries = platform::ListCurrentFolder(pattern.c_str());
+std::vector<Text> Converter::ListMatching(Text folder, Text pattern) {
+  // A relative folder is meant from the folder where the run stands, so the paths are for use after the way back.
+  const platform::CurrentFolderKeeper keeper;
+  std::vector<Text> paths;
+  if (!EnterFolder(folder.c_str())) return paths;
+  for (const platform::FolderEntry& entry : platform::ListCurrentFolder(pattern.c_str())) {
+    if (!entry.isFolder) paths.push_back(folder + "\\" + entry.name.c_str());
   }
-  for (const platform::FolderEntry& entry : entries) {
-    if (!entry.isFolder) RemoveFile(folder + "\\" + entry.name.c_str());
-  }
+  return paths;
 }
 
 }  // namespace app
