@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "glib/pixel/scale_routes.h"
+#include "glib/pixel/stream_row.h"
 
 namespace glib {
 namespace {
@@ -80,15 +81,24 @@ void ScaleNearest(const RasterView& source, const ScaleTarget& target, RowReport
   const std::size_t sourceStride =
       PaddedStride(static_cast<std::size_t>(source.width), static_cast<std::size_t>(source.bits));
   const auto pick = PickerFor(source.bits);
+  // A large target goes out by way of one row that stays in the caches.
+  const bool stream = target.stride * static_cast<std::size_t>(target.height) >= kStreamFrom;
+  std::vector<std::uint32_t> row(stream ? target.stride / sizeof(std::uint32_t) : 0);
   for (std::int32_t y = 0; y < target.height; ++y) {
     if (reports.DueFirst(static_cast<std::uint32_t>(y)) && !reports.Send(y + 1)) return;
     const std::uint32_t sourceRow = rows[static_cast<std::size_t>(y)];
-    if (y > 0 && sourceRow == rows[static_cast<std::size_t>(y) - 1]) {
+    const bool again = y > 0 && sourceRow == rows[static_cast<std::size_t>(y) - 1];
+    const std::uint8_t* from = source.pixels + sourceRow * sourceStride;
+    if (stream) {
+      if (!again) pick(from, reinterpret_cast<std::uint8_t*>(row.data()), columns);
+      StreamWords(row.data(), target.Words(y), row.size());
+    } else if (again) {
       std::memcpy(target.Row(y), target.Row(y - 1), target.stride);
     } else {
-      pick(source.pixels + sourceRow * sourceStride, target.Row(y), columns);
+      pick(from, target.Row(y), columns);
     }
   }
+  if (stream) StreamEnd();
 }
 
 }  // namespace glib

@@ -5,12 +5,11 @@
 #include <cstring>
 #include <memory>
 #include <random>
-#include <string>
 #include <vector>
 
-#include "glib/module_api/progress.h"
 #include "platform/pages.h"
 #include "tests/support/random_raster.h"
+#include "tests/support/report_recorder.h"
 #include "tests/support/slow_scaling.h"
 
 namespace {
@@ -18,6 +17,7 @@ namespace {
 using glib::RasterScaler;
 using glib::RasterView;
 using test_support::RandomRaster;
+using test_support::ReportRecorder;
 
 struct Block {
   std::unique_ptr<std::uint8_t, void (*)(void*)> bytes;
@@ -79,6 +79,12 @@ TEST(ScaleTest, EqualsSlowFormAtTheEdgesOfTheRoutes) {
   }
 }
 
+TEST(ScaleTest, LargeTargetsEqualSlowForm) {
+  std::mt19937 random(24);
+  ExpectScaled(RandomRaster(random, 61, 43, 32).View(), 2500, 1700, false);
+  ExpectScaled(RandomRaster(random, 61, 43, 24).View(), 3001, 2000, false);
+}
+
 TEST(ScaleTest, RowsPaddedToWholeBytesAreReadWhenSmooth) {
   std::mt19937 random(22);
   for (const std::int32_t bits : {1, 4, 8}) {
@@ -126,21 +132,6 @@ TEST(ScaleTest, RefusesSizesThatAreNoRaster) {
   }
 }
 
-struct Reports {
-  std::vector<std::int32_t> currents;
-  std::uint32_t total = 0;
-  std::string text;
-  std::size_t stopAfter = 0;
-};
-
-std::uint8_t Record(glib::ProgressInfo* info) {
-  auto& reports = *reinterpret_cast<Reports*>(info->userValue);
-  reports.currents.push_back(info->current);
-  reports.total = info->total;
-  reports.text = info->text.c_str();
-  return reports.currents.size() == reports.stopAfter ? 0 : 1;
-}
-
 TEST(ScaleTest, ReportsByRows) {
   // 400 x 400 pixels: sqrt(70000) x 0.009 is 2.38, so 2 steps of 200 rows.
   std::mt19937 random(23);
@@ -153,32 +144,32 @@ TEST(ScaleTest, ReportsByRows) {
   };
   for (const Case& c : {Case{&words, false, {-1, 1, 201, -2}}, Case{&triples, true, {-1, 1, 201, -2}},
                         Case{&words, true, {-1, 200, 400, -2}}}) {
-    Reports reports;
+    ReportRecorder recorder;
     RasterScaler scaler;
-    scaler.userValue = reinterpret_cast<std::uintptr_t>(&reports);
+    scaler.userValue = recorder.UserValue();
     scaler.smooth = c.smooth ? 1 : 0;
-    platform::FreePages(scaler.ScaleRaster(c.source->View(), 400, 400, Record));
-    EXPECT_EQ(reports.currents, c.currents);
-    EXPECT_EQ(reports.total, 400U);
-    EXPECT_EQ(reports.text, "scaling...");
+    platform::FreePages(scaler.ScaleRaster(c.source->View(), 400, 400, ReportRecorder::Callback));
+    EXPECT_EQ(recorder.currents, c.currents);
+    EXPECT_EQ(recorder.totals.back(), 400U);
+    EXPECT_EQ(recorder.texts.back(), "scaling...");
   }
 }
 
 TEST(ScaleTest, AStopLeavesTheRestZero) {
   std::vector<std::uint32_t> white(100, 0xFFFFFFFFU);
   const RasterView source{reinterpret_cast<const std::uint8_t*>(white.data()), 10, 10, 32, nullptr, true};
-  Reports reports;
-  reports.stopAfter = 2;
+  ReportRecorder recorder;
+  recorder.stopAt = 2;
   RasterScaler scaler;
-  scaler.userValue = reinterpret_cast<std::uintptr_t>(&reports);
+  scaler.userValue = recorder.UserValue();
   scaler.smooth = 1;
-  std::unique_ptr<std::uint8_t, void (*)(void*)> block(scaler.ScaleRaster(source, 400, 400, Record),
+  std::unique_ptr<std::uint8_t, void (*)(void*)> block(scaler.ScaleRaster(source, 400, 400, ReportRecorder::Callback),
                                                        platform::FreePages);
   const auto* pixels = reinterpret_cast<const std::uint32_t*>(block.get());
   EXPECT_EQ(pixels[199 * 400], 0xFFFFFFFFU);
   EXPECT_EQ(pixels[200 * 400], 0U);
   EXPECT_EQ(pixels[399 * 400 + 399], 0U);
-  EXPECT_EQ(reports.currents, (std::vector<std::int32_t>{-1, 200, -2}));
+  EXPECT_EQ(recorder.currents, (std::vector<std::int32_t>{-1, 200, -2}));
 }
 
 }  // namespace
