@@ -119,9 +119,9 @@ TEST_P(ModuleCallsTest, LoadsFromMemory) {
 TEST_P(ModuleCallsTest, AnswersForSourcesWithoutAModule) {
   const std::string unknown = folder.Write("x.dat", "nothing known");
   const std::string pcx = folder.Write("x.pcx", "\x0A\5\1\x08");  // no such module in this folder
+  const std::string missing = folder.Path("missing.gif");
   FileInfo* info = nullptr;
-  for (const char* path :
-       {unknown.c_str(), pcx.c_str(), folder.Path("missing.gif").c_str(), "", static_cast<const char*>(nullptr)}) {
+  for (const char* path : {unknown.c_str(), pcx.c_str(), missing.c_str(), "", static_cast<const char*>(nullptr)}) {
     Exchange exchange;
     EXPECT_EQ(registry->LoadImage(path, exchange, nullptr), NSUP);
     EXPECT_EQ(registry->LoadThumbnail(path, exchange), NSUP);
