@@ -34,9 +34,12 @@ void AutomaticLevels(const Pixels& pixels) {
   const bool toWhite = high[0] == 255 || high[1] == 255 || high[2] == 255;
   if (fromBlack && toWhite) return;
   // A channel with one value keeps it.
-  ChannelTable tables[3] = {SameTable(), SameTable(), SameTable()};
-  for (std::size_t c = 0; c < 3; ++c) LevelsTable(tables[c], low[c], high[c], 0, 255);
-  ApplyTables(pixels.words, pixels.count, tables[0], tables[1], tables[2]);
+  ChannelRamp ramps[3];
+  for (std::size_t c = 0; c < 3; ++c) {
+    ramps[c] = high[c] > low[c] ? ChannelRamp{low[c], 0x1000000U / (static_cast<std::uint32_t>(high[c]) - low[c])}
+                                : ChannelRamp{0, 0x10000};
+  }
+  ApplyRamps(pixels.words, pixels.count, ramps);
 }
 
 }  // namespace
@@ -59,6 +62,13 @@ bool Layer::ColorEffectLayer(std::uint32_t effect, const double* arguments) {
     case 1: {
       const std::int32_t amount = Whole(argument(0));
       if (amount > 255) return false;
+      if (amount >= 0 && amount < 128) {
+        const auto n = static_cast<std::uint32_t>(amount);
+        const ChannelRamp ramp{static_cast<std::uint8_t>(n), 0x1000000U / (255U - 2 * n)};
+        const ChannelRamp ramps[3] = {ramp, ramp, ramp};
+        ApplyRamps(pixels.words, pixels.count, ramps);
+        return true;
+      }
       ContrastTable(table, amount);
       ApplyTables(pixels.words, pixels.count, table, table, table);
       return true;

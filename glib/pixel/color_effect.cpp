@@ -51,6 +51,31 @@ void AddSubtract(std::uint32_t* pixels, std::size_t count, std::uint32_t up, std
   for (; i < 4 * count; ++i) change(hn::CappedTag<std::uint8_t, 1>(), i);
 }
 
+// Ramps for four channels, each as the value to subtract and the factor's whole and fractional part.
+void Ramps(std::uint32_t* pixels, std::size_t count, const std::uint16_t* lows, const std::uint16_t* wholes,
+           const std::uint16_t* fractions) {
+  using D16 = hn::ScalableTag<std::uint16_t>;
+  const D16 d16;
+  const hn::Rebind<std::uint8_t, D16> d8;
+  const hn::Rebind<std::int16_t, D16> dSigned;
+  const std::size_t lanes = hn::Lanes(d16);
+  auto* bytes = reinterpret_cast<std::uint8_t*>(pixels);
+  const auto top = hn::Set(d16, 255);
+  std::size_t i = 0;
+  for (; i + lanes <= 4 * count; i += lanes) {
+    const std::size_t c = i % 4;  // 0 but for vectors of one lane
+    const auto value = hn::SaturatedSub(hn::PromoteTo(d16, hn::LoadU(d8, bytes + i)), hn::LoadU(d16, lows + c));
+    const auto whole = hn::Mul(value, hn::LoadU(d16, wholes + c));  // at most 255 x 256
+    const auto sum = hn::SaturatedAdd(whole, hn::MulHigh(value, hn::LoadU(d16, fractions + c)));
+    hn::StoreU(hn::DemoteTo(d8, hn::BitCast(dSigned, hn::Min(sum, top))), d8, bytes + i);
+  }
+  for (; i < 4 * count; ++i) {
+    const std::size_t c = i % 4;
+    const std::uint32_t value = bytes[i] < lows[c] ? 0U : static_cast<std::uint32_t>(bytes[i] - lows[c]);
+    bytes[i] = static_cast<std::uint8_t>(std::min(value * wholes[c] + (value * fractions[c] >> 16), 255U));
+  }
+}
+
 void Invert(std::uint32_t* pixels, std::size_t count) {
   const auto colours = hn::Set(D(), 0x00FFFFFF);
   ForPixels(pixels, count, [&](auto words) HWY_ATTR { return hn::Xor(words, colours); });
@@ -111,6 +136,7 @@ namespace glib {
 
 HWY_EXPORT(AddSubtract);
 HWY_EXPORT(Invert);
+HWY_EXPORT(Ramps);
 HWY_EXPORT(Gray);
 HWY_EXPORT(Range);
 
@@ -147,6 +173,20 @@ void ApplyTables(std::uint32_t* pixels, std::size_t count, const ChannelTable& b
     pixels[i] = (word & 0xFF000000U) | static_cast<std::uint32_t>(red[word >> 16 & 255]) << 16 |
                 static_cast<std::uint32_t>(green[word >> 8 & 255]) << 8 | blue[word & 255];
   }
+}
+
+void ApplyRamps(std::uint32_t* pixels, std::size_t count, const ChannelRamp* ramps) {
+  constexpr std::size_t kRoom = HWY_MAX_BYTES / sizeof(std::uint16_t) + 4;
+  std::uint16_t lows[kRoom];
+  std::uint16_t wholes[kRoom];
+  std::uint16_t fractions[kRoom];
+  for (std::size_t i = 0; i < kRoom; ++i) {
+    const ChannelRamp ramp = i % 4 == 3 ? ChannelRamp{0, 0x10000} : ramps[i % 4];
+    lows[i] = ramp.low;
+    wholes[i] = static_cast<std::uint16_t>(ramp.step >> 16);
+    fractions[i] = static_cast<std::uint16_t>(ramp.step);
+  }
+  HWY_DYNAMIC_DISPATCH(Ramps)(pixels, count, lows, wholes, fractions);
 }
 
 void ShiftChannels(std::uint32_t* pixels, std::size_t count, std::int32_t blue, std::int32_t green, std::int32_t red) {

@@ -158,6 +158,42 @@ TEST(ColorEffectTest, LevelsGammaAndShiftTables) {
   EXPECT_EQ(table, Filled(0));
 }
 
+// Every value of a channel, in pixels whose other channels hold it too.
+std::vector<std::uint32_t> AllValues() {
+  std::vector<std::uint32_t> pixels;
+  for (std::uint32_t v = 0; v < 256; ++v) pixels.push_back(v * 0x01010101U);
+  return pixels;
+}
+
+TEST(ColorEffectTest, RampsEqualTheirTables) {
+  for (int amount = 0; amount < 128; ++amount) {
+    ChannelTable table = Filled(9);
+    glib::ContrastTable(table, amount);
+    auto pixels = AllValues();
+    const glib::ChannelRamp ramp{static_cast<std::uint8_t>(amount),
+                                 0x1000000U / static_cast<std::uint32_t>(255 - 2 * amount)};
+    const glib::ChannelRamp ramps[3] = {ramp, ramp, ramp};
+    glib::ApplyRamps(pixels.data(), pixels.size(), ramps);
+    for (std::uint32_t v = 0; v < 256; ++v) {
+      ASSERT_EQ(pixels[v], Join(table[v], table[v], table[v], v * 0x01010101U)) << amount << " " << v;
+    }
+  }
+  for (int low = 0; low < 255; low += 3) {
+    for (int high = low + 1; high < 256; high += 2) {
+      ChannelTable table;
+      glib::LevelsTable(table, low, high, 0, 255);
+      auto pixels = AllValues();
+      const glib::ChannelRamp ramp{static_cast<std::uint8_t>(low), 0x1000000U / static_cast<std::uint32_t>(high - low)};
+      const glib::ChannelRamp ramps[3] = {{0, 0x10000}, ramp, {0, 0x10000}};
+      glib::ApplyRamps(pixels.data(), pixels.size(), ramps);
+      for (int v = low; v <= high; ++v) {
+        const auto i = static_cast<std::size_t>(v);
+        ASSERT_EQ(pixels[i], Join(v, table[i], v, static_cast<std::uint32_t>(v) * 0x01010101U)) << low << " " << high;
+      }
+    }
+  }
+}
+
 TEST(ColorEffectTest, MosaicTakesThePixelBehindTheMiddle) {
   for (const auto& [width, height] : {std::pair{17, 11}, std::pair{1, 9}, std::pair{40, 1}, std::pair{5, 5}}) {
     for (const auto& [bw, bh] : {std::pair{1, 1}, std::pair{2, 2}, std::pair{3, 1}, std::pair{1, 3}, std::pair{4, 5},
