@@ -51,9 +51,18 @@ void AddSubtract(std::uint32_t* pixels, std::size_t count, std::uint32_t up, std
   for (; i < 4 * count; ++i) change(hn::CappedTag<std::uint8_t, 1>(), i);
 }
 
-// Ramps for four channels, each as the value to subtract and the factor's whole and fractional part.
-void Ramps(std::uint32_t* pixels, std::size_t count, const std::uint16_t* lows, const std::uint16_t* wholes,
-           const std::uint16_t* fractions) {
+// A factor's whole and fractional part are multiplied apart, each within 16 bits.
+void Ramps(std::uint32_t* pixels, std::size_t count, const ChannelRamp* ramps) {
+  constexpr std::size_t kRoom = HWY_MAX_BYTES / sizeof(std::uint16_t) + 4;
+  std::uint16_t lows[kRoom];
+  std::uint16_t wholes[kRoom];
+  std::uint16_t fractions[kRoom];
+  for (std::size_t i = 0; i < kRoom; ++i) {
+    const ChannelRamp ramp = i % 4 == 3 ? ChannelRamp{0, 0x10000} : ramps[i % 4];
+    lows[i] = ramp.low;
+    wholes[i] = static_cast<std::uint16_t>(ramp.step >> 16);
+    fractions[i] = static_cast<std::uint16_t>(ramp.step);
+  }
   using D16 = hn::ScalableTag<std::uint16_t>;
   const D16 d16;
   const hn::Rebind<std::uint8_t, D16> d8;
@@ -176,17 +185,7 @@ void ApplyTables(std::uint32_t* pixels, std::size_t count, const ChannelTable& b
 }
 
 void ApplyRamps(std::uint32_t* pixels, std::size_t count, const ChannelRamp* ramps) {
-  constexpr std::size_t kRoom = HWY_MAX_BYTES / sizeof(std::uint16_t) + 4;
-  std::uint16_t lows[kRoom];
-  std::uint16_t wholes[kRoom];
-  std::uint16_t fractions[kRoom];
-  for (std::size_t i = 0; i < kRoom; ++i) {
-    const ChannelRamp ramp = i % 4 == 3 ? ChannelRamp{0, 0x10000} : ramps[i % 4];
-    lows[i] = ramp.low;
-    wholes[i] = static_cast<std::uint16_t>(ramp.step >> 16);
-    fractions[i] = static_cast<std::uint16_t>(ramp.step);
-  }
-  HWY_DYNAMIC_DISPATCH(Ramps)(pixels, count, lows, wholes, fractions);
+  HWY_DYNAMIC_DISPATCH(Ramps)(pixels, count, ramps);
 }
 
 void ShiftChannels(std::uint32_t* pixels, std::size_t count, std::int32_t blue, std::int32_t green, std::int32_t red) {
