@@ -22,9 +22,9 @@ OwnedPages NewPages(std::size_t bytes) {
 }
 
 // The reports of a conversion by rows; small rasters and blocks without a callback send none.
-class RowReports {
+class ConversionReports {
  public:
-  explicit RowReports(const RasterBlock& block) : callback_(block.callback) {
+  explicit ConversionReports(const RasterBlock& block) : callback_(block.callback) {
     const auto width = static_cast<std::uint32_t>(block.width);
     const auto height = static_cast<std::uint32_t>(block.height);
     rows_ = callback_ == nullptr ? 0 : RowsPerReport(width, height);
@@ -66,7 +66,7 @@ void StoreRaster(RasterBlock& block, std::uint8_t* pixels, std::int32_t width, s
 
 // Calls convert(target row, source row) for all rows of the block. Rows after a stop are zero.
 template <typename Convert>
-void ConvertRows(const RasterBlock& block, std::uint8_t* target, std::size_t targetStride, RowReports& reports,
+void ConvertRows(const RasterBlock& block, std::uint8_t* target, std::size_t targetStride, ConversionReports& reports,
                  Convert convert) {
   const std::size_t sourceStride = block.Stride();
   const std::uint8_t* source = block.pixels;
@@ -82,7 +82,7 @@ void ConvertRows(const RasterBlock& block, std::uint8_t* target, std::size_t tar
 }
 
 // A copy of the pixels at 32 bits, or null.
-OwnedPages WidenedPixels(const RasterBlock& block, RowReports& reports) {
+OwnedPages WidenedPixels(const RasterBlock& block, ConversionReports& reports) {
   OwnedPages target = NewPages(PaddedBytes(block.width, block.height, 32));
   if (target == nullptr) return target;
   const auto width = static_cast<std::size_t>(block.width);
@@ -119,7 +119,7 @@ bool ReduceThroughCopy(RasterBlock& block, bool aligned, double yDpi, double xDp
   if (block.pixels == nullptr || block.bits == 32) {
     copy.pixels = RenderMetafile32(block.metafile, yDpi, xDpi, copy.width, copy.height);
   } else {
-    RowReports reports(block);
+    ConversionReports reports(block);
     copy.pixels = WidenedPixels(block, reports).release();
     reports.End();
   }
@@ -138,7 +138,7 @@ bool UnpackIndices(RasterBlock& block, bool aligned) {
   const std::size_t stride = aligned ? PaddedStride(width, 8) : width;
   OwnedPages target = NewPages(RasterBytes(block.width, block.height, stride));
   if (target == nullptr) return false;
-  RowReports reports(block);
+  ConversionReports reports(block);
   const std::size_t sourceStride = block.Stride();
   for (std::int32_t row = 0; row < block.height; ++row) {
     if (!reports.Continue(row)) {
@@ -188,7 +188,7 @@ bool ToDepth32(RasterBlock& block, double yDpi, double xDpi) {
     StoreRaster(block, pixels, width, height, 32);
     return true;
   }
-  RowReports reports(block);
+  ConversionReports reports(block);
   OwnedPages pixels = WidenedPixels(block, reports);
   const bool done = pixels != nullptr;
   if (done) StoreRaster(block, pixels.release(), block.width, block.height, 32);
@@ -211,7 +211,7 @@ bool ToDepth24(RasterBlock& block, double yDpi, double xDpi, std::uint32_t backg
   if (target == nullptr) return false;
   const std::size_t stride = PaddedStride(width, 24);
   std::vector<std::uint32_t> words(block.bits == 32 ? 0 : width);
-  RowReports reports(block);
+  ConversionReports reports(block);
   ConvertRows(block, target.get(), stride, reports, [&](std::uint8_t* to, const std::uint8_t* from) {
     if (block.bits == 32) {
       NarrowRow(to, reinterpret_cast<const std::uint32_t*>(from), width);
