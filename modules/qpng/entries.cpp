@@ -1,0 +1,44 @@
+#include "modules/common/entries.h"
+
+#include "modules/common/header_bytes.h"
+#include "modules/common/page_builder.h"
+#include "modules/common/source.h"
+#include "modules/qpng/png_reader.h"
+
+using modules::Fail;
+using modules::PngReader;
+
+ZEFA_ENTRY LoadImageData(const char* path, glib::ImageDataExchange* exchange, glib::BaseFormatDesc*) {
+  const modules::Source source(path, *exchange);
+  if (!source.Ok()) return Fail(*exchange, glib::IERR, "The file can't be read");
+  PngReader reader(source.Bytes());
+  if (!reader.ReadHeader()) return Fail(*exchange, glib::IERR, reader.Cause());
+  if (!modules::SizeAllowed(reader.Width(), reader.Height())) {
+    return Fail(*exchange, glib::NSUP, "The picture has too many pixels");
+  }
+  modules::Page* page = modules::AddPage(*exchange, reader.Width(), reader.Height(), reader.Bits());
+  if (page == nullptr) return glib::IERR;
+  page->dpiX = reader.DpiX();
+  page->dpiY = reader.DpiY();
+  reader.FillPalette(*page);
+  if (reader.ReadRows(*page)) return glib::RCOK;
+  if (!reader.AnyRow()) {
+    modules::DropLastPage(*exchange);
+    return Fail(*exchange, glib::IERR, reader.Cause());
+  }
+  return Fail(*exchange, glib::RCOK, "The picture's data are damaged or cut off");
+}
+
+ZEFA_ENTRY GetFileInfo(const char* path, std::uint32_t id, glib::FileInfo** info) {
+  std::uint32_t result = glib::IERR;
+  modules::ReadHeaderBytes(path, [&](std::span<const std::uint8_t> bytes) {
+    PngReader reader(bytes);
+    if (!reader.ReadHeader()) return !reader.EndsEarly();
+    *info = modules::NewFileInfo(path, id, static_cast<std::int32_t>(reader.Width()),
+                                 static_cast<std::int32_t>(reader.Height()), static_cast<std::int32_t>(reader.Bits()),
+                                 1, reader.DpiX(), reader.DpiY());
+    result = glib::RCOK;
+    return true;
+  });
+  return result;
+}
