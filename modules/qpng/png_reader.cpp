@@ -35,9 +35,7 @@ void PngReader::Leave(png_structp png, png_const_charp text) {
   std::longjmp(reader->jump_, 1);
 }
 
-void PngReader::Note(png_structp png, png_const_charp) {
-  ++static_cast<PngReader*>(png_get_error_ptr(png))->warnings_;
-}
+void PngReader::Note(png_structp png, png_const_charp) { ++static_cast<PngReader*>(png_get_error_ptr(png))->warnings_; }
 
 void PngReader::Give(png_structp png, png_bytep target, std::size_t count) {
   auto* reader = static_cast<PngReader*>(png_get_io_ptr(png));
