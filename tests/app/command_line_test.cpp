@@ -379,7 +379,7 @@ TEST(CommandLine, GivesThePaletteTaskTheFormat) {
 }
 
 TEST(CommandLine, FindsAPaletteThatOnlyStandsAsTyped) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   tree.Write("Web.ACT");
   tree.Write("lower.act");
   const std::string folder = tree.path().string();

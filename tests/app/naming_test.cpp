@@ -67,7 +67,7 @@ TEST(Naming, KnowsTheFolderOfAPath) {
 }
 
 TEST(Naming, MakesFoldersWithTheirParents) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   tree.MakeFolder("a");
   EXPECT_TRUE(Converter::EnsureFolder(tree.Text("a").c_str()));
   EXPECT_TRUE(Converter::EnsureFolder(tree.Text("a/b/c").c_str()));
@@ -76,7 +76,7 @@ TEST(Naming, MakesFoldersWithTheirParents) {
 }
 
 TEST(Naming, MakesRelativeFoldersWhereTheRunStands) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   const platform::CurrentFolderKeeper keeper;
   ASSERT_TRUE(platform::SetCurrentFolder(tree.Text().c_str()));
   EXPECT_TRUE(Converter::EnsureFolder("."));
@@ -87,7 +87,7 @@ TEST(Naming, MakesRelativeFoldersWhereTheRunStands) {
 }
 
 TEST(Naming, MakesNoFolderWhereNoneCanBe) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   tree.Write("file");
   tree.MakeFolder("locked");
   Protect(tree.path() / "locked");
@@ -103,7 +103,7 @@ TEST(Naming, MakesNoFolderWhereNoneCanBe) {
 }
 
 TEST(Naming, NumbersNamesThatAreTaken) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   const auto name = [&tree](const char* wanted) {
     return std::string(Converter::FreeName(tree.Text(wanted).c_str(), ".gif").c_str());
   };
@@ -125,7 +125,7 @@ TEST(Naming, NumbersNamesThatAreTaken) {
 }
 
 TEST(Naming, RemovesFilesThatMayGo) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   tree.Write("file");
   tree.Write("locked");
   tree.MakeFolder("folder");
@@ -139,7 +139,7 @@ TEST(Naming, RemovesFilesThatMayGo) {
 }
 
 TEST(Naming, ListsWhatMatches) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   for (const char* name : {"collage.gif", "Collage(1).GIF", "collage.png", "x.gif", "sub/collage.gif"}) {
     tree.Write(name);
   }

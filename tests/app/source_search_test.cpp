@@ -45,7 +45,7 @@ Paths Find(const Search& search) {
 }
 
 TEST(SourceSearch, FindsWhatTheMaskMatches) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   for (const char* name : {"a.jpg", "B.JPG", "c.png", "noext", ".hidden", "dir.jpg/inside.jpg"}) tree.Write(name);
   const std::string folder = tree.Text();
   EXPECT_EQ(Find({folder, "*.jpg"}), (Paths{"a.jpg", "B.JPG"}));
@@ -57,7 +57,7 @@ TEST(SourceSearch, FindsWhatTheMaskMatches) {
 }
 
 TEST(SourceSearch, VisitsSubfoldersBehindTheFilesWhateverTheyAreCalled) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   for (const char* name : {"z.jpg", "b/1.jpg", "b/deep/2.jpg", "a/3.jpg", "a/other.png", "a/x/y/4.jpg", "m.jpg"}) {
     tree.Write(name);
   }
@@ -73,7 +73,7 @@ TEST(SourceSearch, VisitsSubfoldersBehindTheFilesWhateverTheyAreCalled) {
 }
 
 TEST(SourceSearch, SortsWithoutRegardToCase) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   for (const char* name : {"b.gif", "A.gif", "C.gif", "a_.gif", "aZ.gif", "\xC3\xA9.gif", "a.gif"}) tree.Write(name);
   // "_" stands before the small letters, bytes above 127 behind all.
   const Paths ascending{"A.gif", "a.gif", "a_.gif", "aZ.gif", "b.gif", "C.gif", "\xC3\xA9.gif"};
@@ -82,7 +82,7 @@ TEST(SourceSearch, SortsWithoutRegardToCase) {
 }
 
 TEST(SourceSearch, KeepsOddNames) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   const Paths names{"%s%n.gif", "a b  c.gif", "quote\".gif", "\xFF\xFE.gif", std::string(250, 'l') + ".gif"};
   for (const std::string& name : names) tree.Write(name);
   tree.Write("back\\slash.gif");
@@ -95,7 +95,7 @@ TEST(SourceSearch, KeepsOddNames) {
 }
 
 TEST(SourceSearch, GoesIntoDeepTrees) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   std::string deep = "f.gif";
   for (int i = 0; i < 300; ++i) deep = "d/" + deep;
   tree.Write(deep);
@@ -103,7 +103,7 @@ TEST(SourceSearch, GoesIntoDeepTrees) {
 }
 
 TEST(SourceSearch, PassesOverWhatCannotBeEntered) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   EXPECT_EQ(Find({"", "*"}), Paths{});
   EXPECT_EQ(Find({tree.Text("missing"), "*"}), Paths{});
   tree.Write("file");
@@ -112,7 +112,7 @@ TEST(SourceSearch, PassesOverWhatCannotBeEntered) {
 
 TEST(SourceSearch, GoesOnBesideALockedFolder) {
   if (geteuid() == 0) GTEST_SKIP() << "the superuser enters every folder";
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   tree.Write("a/locked/x");
   tree.Write("a/open/y");
   fs::permissions(tree.path() / "a/locked", fs::perms::none);
@@ -120,7 +120,7 @@ TEST(SourceSearch, GoesOnBesideALockedFolder) {
 }
 
 TEST(SourceSearch, EndsInSpiteOfLinksInCircles) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   tree.Write("a/x.gif");
   fs::create_directory_symlink("..", tree.path() / "a/up");
   fs::create_directory_symlink(".", tree.path() / "a/self");
@@ -131,7 +131,7 @@ TEST(SourceSearch, EndsInSpiteOfLinksInCircles) {
 }
 
 TEST(SourceSearch, StaysOneLevelDeepInARelativeFolder) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   tree.Write("pics/a.gif");
   tree.Write("pics/sub/b.gif");
   const platform::CurrentFolderKeeper keeper;
@@ -140,7 +140,7 @@ TEST(SourceSearch, StaysOneLevelDeepInARelativeFolder) {
 }
 
 TEST(SourceSearch, AppendsToTheList) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   for (int i = 0; i < 200; ++i) tree.Write("f" + std::to_string(1000 + i));
   app::ConvertSettings settings;
   settings.mask = "*";

@@ -53,7 +53,7 @@ std::vector<Message> Messages() {
 
 TEST(StatusLog, SaysTheTextOfEachCode) {
   for (const Message& message : Messages()) {
-    const test::TemporaryFolder tree;
+    const test_support::TemporaryFolder tree;
     app::StatusLog log;
     EXPECT_EQ(Spoken([&] { log.Report(message.code, message.text); }), message.console) << message.code;
     EXPECT_TRUE(tree.Contents().empty());
@@ -64,7 +64,7 @@ TEST(StatusLog, SaysTheTextOfEachCode) {
 }
 
 TEST(StatusLog, KeepsOneRunInItsFile) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   tree.Write("ZEFA.log", "from an earlier run\n");
   app::StatusLog log;
   log.path = tree.Text("ZEFA.log").c_str();
@@ -81,7 +81,7 @@ TEST(StatusLog, KeepsOneRunInItsFile) {
 
 // Its folder comes into being with the first output only.
 TEST(StatusLog, TriesAgainAtEachMessage) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   app::StatusLog log;
   log.path = tree.Text("later/ZEFA.log").c_str();
   EXPECT_EQ(Spoken([&] {
@@ -95,7 +95,7 @@ TEST(StatusLog, TriesAgainAtEachMessage) {
 }
 
 TEST(StatusLog, SpeaksInSpiteOfALogThatIsNoFile) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   tree.MakeFolder("ZEFA.log");
   app::StatusLog log;
   log.path = tree.Text("ZEFA.log").c_str();
@@ -114,7 +114,7 @@ TEST(StatusLog, TakesFoldersOfAnyLength) {
 }
 
 TEST(StatusLog, ProgressIsADotThatNeverStops) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   app::RunLog().path = tree.Text("ZEFA.log").c_str();
   glib::ProgressInfo info;
   std::uint8_t answer = 0;

@@ -2,7 +2,7 @@
 
 #include "tests/support/conversion_test.h"
 
-namespace test {
+namespace test_support {
 namespace {
 
 using CollageTest = ConversionTest;
@@ -129,4 +129,4 @@ TEST_F(CollageTest, ARangeBeyondTheSheetSavesNothing) {
 }
 
 }  // namespace
-}  // namespace test
+}  // namespace test_support

@@ -9,7 +9,7 @@
 
 #include "tests/support/conversion_test.h"
 
-namespace test {
+namespace test_support {
 namespace {
 
 using DisastersTest = ConversionTest;
@@ -64,4 +64,4 @@ TEST_F(DisastersTest, AKilledRunLeavesWholeFilesOnly) {
 }
 
 }  // namespace
-}  // namespace test
+}  // namespace test_support

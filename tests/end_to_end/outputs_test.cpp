@@ -6,7 +6,7 @@
 
 #include "tests/support/conversion_test.h"
 
-namespace test {
+namespace test_support {
 namespace {
 
 namespace fs = std::filesystem;
@@ -146,4 +146,4 @@ TEST_F(OutputsTest, AFolderThatIsAFile) {
 }
 
 }  // namespace
-}  // namespace test
+}  // namespace test_support

@@ -4,7 +4,7 @@
 
 #include "tests/support/conversion_test.h"
 
-namespace test {
+namespace test_support {
 namespace {
 
 namespace fs = std::filesystem;
@@ -83,4 +83,4 @@ TEST_F(RemovedSourcesTest, CollagedSourcesGoWithTheirSheets) {
 }
 
 }  // namespace
-}  // namespace test
+}  // namespace test_support

@@ -2,7 +2,7 @@
 
 #include "tests/support/conversion_test.h"
 
-namespace test {
+namespace test_support {
 namespace {
 
 using RunTest = ConversionTest;
@@ -96,4 +96,4 @@ TEST_F(RunTest, FlatteningLaysTransparentPixelsOnTheBackground) {
 }
 
 }  // namespace
-}  // namespace test
+}  // namespace test_support

@@ -5,7 +5,7 @@
 
 #include "tests/support/conversion_test.h"
 
-namespace test {
+namespace test_support {
 namespace {
 
 namespace fs = std::filesystem;
@@ -109,4 +109,4 @@ TEST_F(SizeLimitTest, PagesFirstLoseWhatDoesNotChange) {
 }
 
 }  // namespace
-}  // namespace test
+}  // namespace test_support

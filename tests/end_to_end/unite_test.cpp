@@ -2,7 +2,7 @@
 
 #include "tests/support/conversion_test.h"
 
-namespace test {
+namespace test_support {
 namespace {
 
 using UniteTest = ConversionTest;
@@ -62,4 +62,4 @@ TEST_F(UniteTest, AnOutputThatMayNotBeReplacedFailsWithoutWords) {
 }
 
 }  // namespace
-}  // namespace test
+}  // namespace test_support

@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 void Protect(const fs::path& path) { fs::permissions(path, fs::perms::owner_read | fs::perms::group_read); }
 
 TEST(FileOperations, AnswerForWhatIsThere) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   tree.Write("file");
   tree.Write("locked");
   tree.MakeFolder("folder");
@@ -54,7 +54,7 @@ TEST(FileOperations, TakeNothingForNoPath) {
 }
 
 TEST(FileOperations, CreateOneFolderAndDeleteNone) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   EXPECT_TRUE(platform::CreateFolder(tree.Text("a").c_str()));
   EXPECT_FALSE(platform::CreateFolder(tree.Text("a").c_str()));
   EXPECT_FALSE(platform::CreateFolder(tree.Text("b/c").c_str()));
@@ -63,7 +63,7 @@ TEST(FileOperations, CreateOneFolderAndDeleteNone) {
 }
 
 TEST(FileOperations, MoveNeverReplaces) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   tree.Write("from", "new");
   tree.Write("taken", "old");
   EXPECT_FALSE(platform::MoveFile(tree.Text("from").c_str(), tree.Text("taken").c_str()));
@@ -76,7 +76,7 @@ TEST(FileOperations, MoveNeverReplaces) {
 TEST(FileOperations, MoveCrossesDevices) {
   struct stat here {};
   struct stat there {};
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   if (stat("/dev/shm", &there) != 0 || stat(tree.path().c_str(), &here) != 0 || here.st_dev == there.st_dev) {
     GTEST_SKIP() << "no second device";
   }
@@ -95,7 +95,7 @@ TEST(FileOperations, MoveCrossesDevices) {
 }
 
 TEST(FileOperations, CopyReplacesAsAWhole) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   tree.Write("from", "new");
   tree.Write("to", "a longer old content");
   EXPECT_TRUE(platform::CopyFile(tree.Text("from").c_str(), tree.Text("to").c_str()));
@@ -108,7 +108,7 @@ TEST(FileOperations, CopyReplacesAsAWhole) {
 }
 
 TEST(FileOperations, OpenTextKeepsAwayFromWhatIsNoFile) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   ASSERT_EQ(mkfifo((tree.path() / "pipe").c_str(), 0600), 0);
   EXPECT_EQ(platform::OpenText(tree.Text("pipe").c_str(), "w"), nullptr);
   EXPECT_EQ(platform::OpenText(tree.Text().c_str(), "a+"), nullptr);

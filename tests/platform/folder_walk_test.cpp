@@ -68,7 +68,7 @@ TEST(MatchesMask, TakesNoExponentialTime) {
 }
 
 TEST(ListCurrentFolder, TellsFoldersAndLinksFromFiles) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   tree.Write("file.txt");
   tree.Write("folder/inside.txt");
   tree.Write("odd\\name.txt");
@@ -88,7 +88,7 @@ TEST(ListCurrentFolder, TellsFoldersAndLinksFromFiles) {
 }
 
 TEST(CurrentFolderKeeper, GoesBack) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   tree.MakeFolder("a/b");
   const std::string before = platform::CurrentFolder();
   {
@@ -105,7 +105,7 @@ TEST(CurrentFolderKeeper, GoesBack) {
 }
 
 TEST(CurrentFolderKeeper, GoesBackToAFolderWithoutAPath) {
-  const test::TemporaryFolder tree;
+  const test_support::TemporaryFolder tree;
   tree.MakeFolder("gone");
   const platform::CurrentFolderKeeper keeper;
   ASSERT_TRUE(platform::SetCurrentFolder(tree.Text("gone").c_str()));

@@ -12,7 +12,7 @@
 #include "tests/support/temporary_folder.h"
 #include "tests/support/transcript.h"
 
-namespace test {
+namespace test_support {
 
 using Names = std::vector<std::string>;
 
@@ -79,6 +79,6 @@ class ConversionTest : public testing::Test {
   TemporaryFolder out;
 };
 
-}  // namespace test
+}  // namespace test_support
 
 #endif  // TESTS_SUPPORT_CONVERSION_TEST_H_

@@ -7,7 +7,7 @@
 
 #include "tests/support/dib_writer.h"
 
-namespace test {
+namespace test_support {
 namespace {
 
 int AppendBytes(GifFileType* file, const GifByteType* bytes, int count) {
@@ -90,4 +90,4 @@ std::string GifFileOf(const std::vector<Picture>& frames) {
   return bytes;
 }
 
-}  // namespace test
+}  // namespace test_support

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace test {
+namespace test_support {
 
 // Colours are 0xRRGGBB.
 using Painter = std::function<std::uint32_t(int x, int y)>;
@@ -28,6 +28,6 @@ std::string BmpFile(const Picture& picture);
 // The bytes of a GIF as giflib writes it: full frames that together have at most 256 colours, none of them transparent.
 std::string GifFileOf(const std::vector<Picture>& frames);
 
-}  // namespace test
+}  // namespace test_support
 
 #endif  // TESTS_SUPPORT_PICTURE_FILES_H_

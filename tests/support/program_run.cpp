@@ -10,7 +10,7 @@
 #include <array>
 #include <stdexcept>
 
-namespace test {
+namespace test_support {
 namespace {
 
 constexpr const char* kProgram = ZEFA_BUILD_FOLDER "/zefa";
@@ -85,4 +85,4 @@ pid_t StartZefa(const std::vector<std::string>& words) {
   return child;
 }
 
-}  // namespace test
+}  // namespace test_support

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace test {
+namespace test_support {
 
 struct ProgramRun {
   int status = -1;  // as the system shows it; -1: ended by a signal
@@ -28,6 +28,6 @@ ProgramRun RunZefa(const std::vector<std::string>& words, const RunPlace& place 
 // Starts it and leaves it running, without output. The caller waits for it.
 pid_t StartZefa(const std::vector<std::string>& words);
 
-}  // namespace test
+}  // namespace test_support
 
 #endif  // TESTS_SUPPORT_PROGRAM_RUN_H_

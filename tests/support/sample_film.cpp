@@ -4,7 +4,7 @@
 
 #include "glib/module_api/exchange.h"
 
-namespace test {
+namespace test_support {
 
 glib::Slide& SampleFilm::AddSlide(std::int32_t width, std::int32_t height, const PixelAt& at) {
   auto* slide = new glib::Slide(glib::RGB32(255, 255, 255, 0));
@@ -53,4 +53,4 @@ void SetRows(glib::Layer& layer, std::int32_t width, std::int32_t height, std::i
   layer.SetRaster(0, 0, width, height, pixels, nullptr, bits);
 }
 
-}  // namespace test
+}  // namespace test_support

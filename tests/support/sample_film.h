@@ -7,7 +7,7 @@
 #include "glib/model/film.h"
 #include "glib/model/film_body.h"
 
-namespace test {
+namespace test_support {
 
 // A film of slides in memory, without any module.
 class SampleFilm {
@@ -36,6 +36,6 @@ inline std::uint32_t PlaceWord(std::int32_t x, std::int32_t y) {
 void SetRows(glib::Layer& layer, std::int32_t width, std::int32_t height, std::int32_t bits,
              const std::function<void(std::uint8_t* row, std::int32_t y)>& fill);
 
-}  // namespace test
+}  // namespace test_support
 
 #endif  // TESTS_SUPPORT_SAMPLE_FILM_H_

@@ -7,7 +7,7 @@
 #include <sstream>
 #include <stdexcept>
 
-namespace test {
+namespace test_support {
 
 namespace fs = std::filesystem;
 
@@ -58,4 +58,4 @@ std::vector<std::string> TemporaryFolder::Contents() const {
   return names;
 }
 
-}  // namespace test
+}  // namespace test_support

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace test {
+namespace test_support {
 
 // A new folder of its own that goes with everything in it at the end of its life.
 class TemporaryFolder {
@@ -35,10 +35,10 @@ class TemporaryFolder {
   std::filesystem::path path_;
 };
 
-}  // namespace test
+}  // namespace test_support
 
 namespace test_support {
-using test::TemporaryFolder;
+using test_support::TemporaryFolder;
 }
 
 #endif  // TESTS_SUPPORT_TEMPORARY_FOLDER_H_

@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace test {
+namespace test_support {
 
 // What a run says, piece by piece. Small sources make no reports of their own, so that each call of a module is two
 // dots: a load and the look at the file's format are four.
@@ -21,6 +21,6 @@ inline std::string FolderFailed(const std::string& folder) {
 // A good source with one output.
 inline std::string Converted(const std::string& name) { return LoadedOk(name) + Processed() + Saved(); }
 
-}  // namespace test
+}  // namespace test_support
 
 #endif  // TESTS_SUPPORT_TRANSCRIPT_H_

@@ -119,7 +119,7 @@ TEST_P(ModuleCallsTest, LoadsFromMemory) {
 TEST_P(ModuleCallsTest, AnswersForSourcesWithoutAModule) {
   const std::string unknown = folder.Write("x.dat", "nothing known");
   const std::string pcx = folder.Write("x.pcx", "\x0A\5\1\x08");  // no such module in this folder
-  const std::string missing = folder.Path("missing.gif");
+  const std::string missing = folder.Text("missing.gif");
   FileInfo* info = nullptr;
   for (const char* path : {unknown.c_str(), pcx.c_str(), missing.c_str(), "", static_cast<const char*>(nullptr)}) {
     Exchange exchange;
@@ -181,7 +181,7 @@ TEST_P(ModuleCallsTest, SavesByTheIdOfTheSettings) {
   page->name.Assign("layer");
   GIFSave settings;
   settings.paletteItems = 16;
-  EXPECT_EQ(registry->SaveImage(folder.Path("x.bmp").c_str(), exchange, &settings), RCOK);
+  EXPECT_EQ(registry->SaveImage(folder.Text("x.bmp").c_str(), exchange, &settings), RCOK);
   EXPECT_EQ(exchange.id, kAnyFormat);
   EXPECT_EQ(folder.Read("x.bmp"),
             "settings id=30000003 width=0 height=0 depth=8 first=0 count=4294967295 dither=1 grayscale=0 quantize=8 "
@@ -191,9 +191,9 @@ TEST_P(ModuleCallsTest, SavesByTheIdOfTheSettings) {
             "background=ffffff entries=1 pixels=12000030 palette=ff010203\n");
 
   BaseFormatDesc readOnly(kBmpFormatId);
-  EXPECT_EQ(registry->SaveImage(folder.Path("y.gif").c_str(), exchange, &readOnly), NSUP);
+  EXPECT_EQ(registry->SaveImage(folder.Text("y.gif").c_str(), exchange, &readOnly), NSUP);
   BaseFormatDesc unknown(0x12345);
-  EXPECT_EQ(registry->SaveImage(folder.Path("y.gif").c_str(), exchange, &unknown), NSUP);
+  EXPECT_EQ(registry->SaveImage(folder.Text("y.gif").c_str(), exchange, &unknown), NSUP);
   EXPECT_EQ(folder.Read("y.gif"), "");
 }
 

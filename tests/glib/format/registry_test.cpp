@@ -171,11 +171,11 @@ TEST(Registry, DetectsNothingWhereThereIsNoFile) {
   const TemporaryFolder folder;
   EXPECT_EQ(registry.DetectFile(nullptr), nullptr);
   EXPECT_EQ(registry.DetectFile(""), nullptr);
-  EXPECT_EQ(registry.DetectFile(folder.Path("missing.gif").c_str()), nullptr);
-  ASSERT_EQ(mkdir((folder.Native() / "folder.gif").c_str(), 0700), 0);
-  EXPECT_EQ(registry.DetectFile(folder.Path("folder.gif").c_str()), nullptr);
-  ASSERT_EQ(mkfifo((folder.Native() / "pipe.gif").c_str(), 0600), 0);
-  EXPECT_EQ(registry.DetectFile(folder.Path("pipe.gif").c_str()), nullptr);
+  EXPECT_EQ(registry.DetectFile(folder.Text("missing.gif").c_str()), nullptr);
+  ASSERT_EQ(mkdir((folder.path() / "folder.gif").c_str(), 0700), 0);
+  EXPECT_EQ(registry.DetectFile(folder.Text("folder.gif").c_str()), nullptr);
+  ASSERT_EQ(mkfifo((folder.path() / "pipe.gif").c_str(), 0600), 0);
+  EXPECT_EQ(registry.DetectFile(folder.Text("pipe.gif").c_str()), nullptr);
 }
 
 TEST(Registry, ReadsExtensionsBehindTheLastDotOfTheName) {

@@ -15,7 +15,7 @@ using namespace std::string_view_literals;
 
 class StreamsTest : public testing::Test {
  protected:
-  std::FILE* Open(const char* mode) const { return std::fopen((folder_.Native() / "file").c_str(), mode); }
+  std::FILE* Open(const char* mode) const { return std::fopen((folder_.path() / "file").c_str(), mode); }
 
   test_support::TemporaryFolder folder_;
 };

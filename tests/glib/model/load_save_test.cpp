@@ -21,7 +21,7 @@ constexpr std::uint32_t kStop = 0x53544F50;
 
 class LoadSaveTest : public testing::Test {
  protected:
-  std::string Path(const std::string& name) const { return folder_.Path(name); }
+  std::string Path(const std::string& name) const { return folder_.Text(name); }
   std::string Source(const std::string& name, const std::string& commands) const {
     return folder_.Write(name, "GIF89a\n" + commands);
   }

@@ -61,7 +61,7 @@ TEST(ContentBounds, AgreesWithTheSlowFormAtEveryDepth) {
       glib::Layer layer(&slide);
       // Sparse content; the bytes that pad a row are filled too and must not count.
       const unsigned density = round % 3 == 0 ? 2 : 60;
-      test::SetRows(layer, width, height, bits, [&](std::uint8_t* row, std::int32_t) {
+      test_support::SetRows(layer, width, height, bits, [&](std::uint8_t* row, std::int32_t) {
         const std::size_t stride = glib::PaddedStride(static_cast<std::size_t>(width), static_cast<std::size_t>(bits));
         for (std::size_t i = 0; i < stride; ++i) {
           row[i] = random() % density == 0 ? static_cast<std::uint8_t>(random()) : std::uint8_t{0};
@@ -79,7 +79,7 @@ TEST(ContentBounds, AgreesWithTheSlowFormAtEveryDepth) {
 TEST(ContentBounds, ComparesAllFourBytes) {
   glib::Slide slide(glib::RGB32(0, 0, 0, 0));
   glib::Layer layer(&slide);
-  test::SetRows(layer, 3, 2, 24, [](std::uint8_t* row, std::int32_t) { std::fill(row, row + 9, std::uint8_t{255}); });
+  test_support::SetRows(layer, 3, 2, 24, [](std::uint8_t* row, std::int32_t) { std::fill(row, row + 9, std::uint8_t{255}); });
   ExpectEqual(glib::ContentBounds(&layer, 0x00FFFFFF), {0, 0, 3, 2}, "white without its fourth byte");
   ExpectEqual(glib::ContentBounds(&layer, 0xFFFFFFFF), {3, 2, 0, 0}, "white");
 }
@@ -93,9 +93,9 @@ TEST(ContentBounds, AnswersWithoutARaster) {
 
 TEST(AutoCropTask, CutsEveryLayerToItsContent) {
   constexpr std::uint32_t kBorder = 0xFFFFFFFF;
-  test::SampleFilm sample;
+  test_support::SampleFilm sample;
   glib::Slide& slide = sample.AddSlide(20, 10, [](std::int32_t x, std::int32_t y) {
-    return x >= 3 && x < 9 && y >= 2 && y < 7 ? test::PlaceWord(x, y) : kBorder;
+    return x >= 3 && x < 9 && y >= 2 && y < 7 ? test_support::PlaceWord(x, y) : kBorder;
   });
   sample.AddLayer(slide, 6, 6, [](std::int32_t x, std::int32_t y) { return x == 4 && y == 5 ? 0U : kBorder; });
   // All border: nothing can be cut to, so the raster stays.
@@ -105,7 +105,7 @@ TEST(AutoCropTask, CutsEveryLayerToItsContent) {
   EXPECT_TRUE(glib::TaskAutoCrop(&sample.film, &params));
   EXPECT_EQ(sample.Layer(0).raster.width, 6);
   EXPECT_EQ(sample.Layer(0).raster.height, 5);
-  EXPECT_EQ(sample.Pixel(0, 0, 0), test::PlaceWord(3, 2));
+  EXPECT_EQ(sample.Pixel(0, 0, 0), test_support::PlaceWord(3, 2));
   EXPECT_EQ(sample.Layer(0).x, 0);
   EXPECT_EQ(sample.Layer(0).y, 0);
   EXPECT_EQ(sample.Layer(0, 1).raster.width, 1);

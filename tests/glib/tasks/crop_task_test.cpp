@@ -28,13 +28,13 @@ TEST(CropTask, WorksTheRectangleOut) {
       {"one pixel", Params(false, false, 199, 99, 200, 100), 199, 99, 1, 1},
   };
   for (const auto& c : cases) {
-    test::SampleFilm sample;
+    test_support::SampleFilm sample;
     sample.AddSlide(200, 100);
     EXPECT_TRUE(glib::TaskCrop(&sample.film, &c.params)) << c.name;
     EXPECT_EQ(sample.Layer(0).raster.width, c.width) << c.name;
     EXPECT_EQ(sample.Layer(0).raster.height, c.height) << c.name;
-    EXPECT_EQ(sample.Pixel(0, 0, 0), test::PlaceWord(c.left, c.top)) << c.name;
-    EXPECT_EQ(sample.Pixel(0, c.width - 1, c.height - 1), test::PlaceWord(c.left + c.width - 1, c.top + c.height - 1))
+    EXPECT_EQ(sample.Pixel(0, 0, 0), test_support::PlaceWord(c.left, c.top)) << c.name;
+    EXPECT_EQ(sample.Pixel(0, c.width - 1, c.height - 1), test_support::PlaceWord(c.left + c.width - 1, c.top + c.height - 1))
         << c.name;
   }
 }
@@ -55,7 +55,7 @@ TEST(CropTask, RefusesEmptyAndAbsurdRectangles) {
       Params(false, false, std::numeric_limits<float>::quiet_NaN(), 0, 10, 10),
   };
   for (const glib::CropParams& params : cases) {
-    test::SampleFilm sample;
+    test_support::SampleFilm sample;
     sample.AddSlide(200, 100);
     EXPECT_FALSE(glib::TaskCrop(&sample.film, &params)) << &params - cases;
     EXPECT_EQ(sample.Layer(0).raster.width, 200) << &params - cases;
@@ -65,7 +65,7 @@ TEST(CropTask, RefusesEmptyAndAbsurdRectangles) {
 
 // Percents are those of the largest slide, and all slides get the same rectangle.
 TEST(CropTask, MeasuresTheWholeFilm) {
-  test::SampleFilm sample;
+  test_support::SampleFilm sample;
   sample.AddSlide(50, 100);
   sample.AddSlide(200, 20);
   const glib::CropParams params = Params(true, false, 10, 10, 50, 50);
@@ -77,7 +77,7 @@ TEST(CropTask, MeasuresTheWholeFilm) {
 }
 
 TEST(CropTask, RefusesAnEmptyFilm) {
-  test::SampleFilm sample;
+  test_support::SampleFilm sample;
   const glib::CropParams params = Params(false, false, 0, 0, 10, 10);
   EXPECT_FALSE(glib::TaskCrop(&sample.film, &params));
 }

@@ -39,7 +39,7 @@ TEST(StretchTask, HoldsToItsCondition) {
       {Size(100, 5, -1), true, 100, 5},
   };
   for (const auto& c : cases) {
-    test::SampleFilm sample;
+    test_support::SampleFilm sample;
     sample.AddSlide(80, 40);
     EXPECT_EQ(glib::TaskStretch(&sample.film, &c.params), c.done) << &c - cases;
     EXPECT_EQ(sample.Layer(0).raster.width, c.width) << &c - cases;
@@ -48,7 +48,7 @@ TEST(StretchTask, HoldsToItsCondition) {
 }
 
 TEST(StretchTask, TakesPercentsOfTheFilm) {
-  test::SampleFilm sample;
+  test_support::SampleFilm sample;
   sample.AddSlide(80, 40);
   glib::StretchParams params = Size(50, 10);
   params.widthIsPercent = 1;
@@ -59,7 +59,7 @@ TEST(StretchTask, TakesPercentsOfTheFilm) {
 
 TEST(StretchTask, RefusesAbsurdSizes) {
   for (const float size : {std::numeric_limits<float>::infinity(), 1e38F, std::nanf("")}) {
-    test::SampleFilm sample;
+    test_support::SampleFilm sample;
     sample.AddSlide(8, 4);
     glib::StretchParams percent = Size(size, 4);
     percent.widthIsPercent = 1;
@@ -82,7 +82,7 @@ TEST(StretchTask, CentresOnTheCanvas) {
       {40, 21, 0, 0, 40, 20},   // less than a pixel
   };
   for (const auto& c : cases) {
-    test::SampleFilm sample;
+    test_support::SampleFilm sample;
     sample.AddSlide(80, 40, [](std::int32_t, std::int32_t) { return 0xFF0000FFU; });
     glib::StretchParams params = Size(c.width, c.height);
     params.proportional = 1;

@@ -45,7 +45,7 @@ TEST(ClearAlphaOfColors, LooksAtColoursOnly) {
 }
 
 TEST(TransparencyTask, MakesColoursTransparentWithRedLowestInTheWord) {
-  test::SampleFilm sample;
+  test_support::SampleFilm sample;
   const std::uint32_t words[] = {0xFFFF0000, 0xFF0000FF, 0x80FF0000, 0xFF00FF00, 0x00FF0000};
   sample.AddSlide(5, 1, [&words](std::int32_t x, std::int32_t) { return words[x]; });
   sample.AddSlide(1, 1, [](std::int32_t, std::int32_t) { return 0xFF00FF00U; });
@@ -58,10 +58,10 @@ TEST(TransparencyTask, MakesColoursTransparentWithRedLowestInTheWord) {
 }
 
 TEST(TransparencyTask, DeepensAndMergesFirst) {
-  test::SampleFilm sample;
+  test_support::SampleFilm sample;
   glib::Slide& indexed = sample.AddSlide(1, 1);
   glib::Layer& layer = *indexed.GetLayer(0);
-  test::SetRows(layer, 3, 2, 8, [](std::uint8_t* row, std::int32_t y) {
+  test_support::SetRows(layer, 3, 2, 8, [](std::uint8_t* row, std::int32_t y) {
     for (int x = 0; x < 3; ++x) row[x] = static_cast<std::uint8_t>(x + y);
   });
   layer.raster.palette[1] = 0xFF123456;
@@ -78,7 +78,7 @@ TEST(TransparencyTask, DeepensAndMergesFirst) {
 }
 
 TEST(TransparencyTask, IsDoneOnAnEmptyFilm) {
-  test::SampleFilm sample;
+  test_support::SampleFilm sample;
   EXPECT_TRUE(glib::TaskTransparency(&sample.film, Record({0}).get()));
 }
 
