@@ -3,7 +3,6 @@
 #include <limits>
 #include <memory>
 
-#include "app/converter.h"
 #include "glib/model/film.h"
 #include "glib/module_api/result_values.h"
 #include "glib/module_api/save_settings.h"
@@ -81,14 +80,8 @@ SizeFit FitToSizeLimit(glib::Film& film, glib::GIFSave& desc, std::int32_t limit
   if (!SearchColors(desc, saved.bytes, saved.pages, limit, saveTry)) return SizeFit::kTooBig;
   const std::int64_t last = MeasureFile(measuring, tryPath).bytes;
   if (last < 0 || (last > limit && last > saved.bytes)) return SizeFit::kTooBig;
-  if (!ReplaceFile(tryPath, path)) return SizeFit::kLost;
+  if (!platform::OverwriteContent(tryPath.c_str(), path.c_str())) return SizeFit::kLost;
   return last <= limit ? SizeFit::kFits : SizeFit::kTooBig;
-}
-
-bool ReplaceFile(const Text& from, const Text& to) {
-  const bool replaced = platform::OverwriteContent(from.c_str(), to.c_str());
-  Converter::RemoveFile(from);
-  return replaced;
 }
 
 }  // namespace app

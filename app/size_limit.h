@@ -24,9 +24,6 @@ enum class SizeFit {
 // are left as the search had them last.
 SizeFit FitToSizeLimit(glib::Film& film, glib::GIFSave& desc, std::int32_t limit, const gen::basic_string<char>& path);
 
-// The content of `from` takes the place of that of `to`; `from` is gone then.
-bool ReplaceFile(const gen::basic_string<char>& from, const gen::basic_string<char>& to);
-
 // Saves with the settings as they are now and gives the bytes, or -1 for a failure.
 using SaveTry = std::function<std::int64_t()>;
 
