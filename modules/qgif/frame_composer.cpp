@@ -42,19 +42,19 @@ std::uint32_t EntryWord(TableBytes table, std::uint32_t index) {
 }  // namespace
 
 template <typename Draw>
-void FrameComposer::ForEachRow(const FrameHeader& frame, const Area& area, Draw draw) const {
+void FrameComposer::ForEachRow(const FrameHeader& frame, const FrameArea& area, Draw draw) const {
   for (std::uint32_t i = 0; i < rows_; ++i) {
     const std::uint32_t row = frame.interlaced ? InterlacedRow(i, frame.height) : i;
-    if (row < area.height) draw(area.y + row, scratch_.data() + std::size_t{i} * frame.width);
+    if (row < area.height) draw(area.top + row, scratch_.data() + std::size_t{i} * frame.width);
   }
 }
 
 bool FrameComposer::Add(const FrameHeader& frame) {
-  Area area;
-  area.x = dropsPosition_ ? 0 : std::min(frame.left, width_);
-  area.y = dropsPosition_ ? 0 : std::min(frame.top, height_);
-  area.width = std::min(frame.width, width_ - area.x);
-  area.height = std::min(frame.height, height_ - area.y);
+  FrameArea area;
+  area.left = dropsPosition_ ? 0 : std::min(frame.left, width_);
+  area.top = dropsPosition_ ? 0 : std::min(frame.top, height_);
+  area.width = std::min(frame.width, width_ - area.left);
+  area.height = std::min(frame.height, height_ - area.top);
   if (!modules::SizeAllowed(frame.width, frame.height) || !modules::SizeAllowed(width_, height_)) {
     modules::Fail(exchange_, 0, "The picture has too many pixels");
     return false;
@@ -76,7 +76,7 @@ bool FrameComposer::DecodeIntoPage(const FrameHeader& frame) {
   const std::size_t count = std::size_t{width_} * height_;
   const std::size_t decoded =
       DecodeLzw({codes_.data(), codes_.size() - kCodePadding}, frame.codeSize, page->pixels, count);
-  const Area area{0, 0, width_, height_};
+  const FrameArea area{0, 0, width_, height_};
   if (decoded == count) {
     SpreadRows(*page, height_);
     FinishPage(*page, frame, frame.transparent);
@@ -98,14 +98,14 @@ void FrameComposer::DecodeIntoScratch(const FrameHeader& frame) {
   rows_ = static_cast<std::uint32_t>(decoded / frame.width);
 }
 
-bool FrameComposer::Compose(const FrameHeader& frame, const Area& area) {
+bool FrameComposer::Compose(const FrameHeader& frame, const FrameArea& area) {
   int transparent = -1;
   return ChooseTransparent(frame, area, transparent) ? ComposeIndexed(frame, area, transparent)
                                                      : ComposeTrueColor(frame, area);
 }
 
 // Whether the page can have 8 bits, and with which index for what nothing was drawn on.
-bool FrameComposer::ChooseTransparent(const FrameHeader& frame, const Area& area, int& transparent) const {
+bool FrameComposer::ChooseTransparent(const FrameHeader& frame, const FrameArea& area, int& transparent) const {
   Used used{};
   ForEachRow(frame, area, [&](std::uint32_t, const std::uint8_t* row) { MarkUsed(row, area.width, used); });
   const bool holes = frame.transparent >= 0 && used[static_cast<std::uint8_t>(frame.transparent)];
@@ -146,12 +146,12 @@ bool FrameComposer::ChooseTransparent(const FrameHeader& frame, const Area& area
   return false;
 }
 
-bool FrameComposer::ComposeIndexed(const FrameHeader& frame, const Area& area, int transparent) {
+bool FrameComposer::ComposeIndexed(const FrameHeader& frame, const FrameArea& area, int transparent) {
   Page* page = modules::AddPage(exchange_, width_, height_, 8);
   if (page == nullptr) return false;
   const std::size_t stride = page->Stride();
   const auto nothing = static_cast<std::uint8_t>(std::max(transparent, 0));
-  const Area& cleared = below_.cleared;
+  const FrameArea& cleared = below_.cleared;
   for (std::uint32_t y = 0; y < height_; ++y) {
     std::uint8_t* row = page->pixels + y * stride;
     if (below_.page == nullptr) {
@@ -159,10 +159,10 @@ bool FrameComposer::ComposeIndexed(const FrameHeader& frame, const Area& area, i
       continue;
     }
     std::memcpy(row, below_.page->pixels + y * stride, width_);
-    if (y - cleared.y < cleared.height) std::memset(row + cleared.x, nothing, cleared.width);
+    if (y - cleared.top < cleared.height) std::memset(row + cleared.left, nothing, cleared.width);
   }
   ForEachRow(frame, area, [&](std::uint32_t y, const std::uint8_t* indices) {
-    std::uint8_t* row = page->pixels + y * stride + area.x;
+    std::uint8_t* row = page->pixels + y * stride + area.left;
     if (frame.transparent < 0) {
       std::memcpy(row, indices, area.width);
       return;
@@ -175,7 +175,7 @@ bool FrameComposer::ComposeIndexed(const FrameHeader& frame, const Area& area, i
   return true;
 }
 
-bool FrameComposer::ComposeTrueColor(const FrameHeader& frame, const Area& area) {
+bool FrameComposer::ComposeTrueColor(const FrameHeader& frame, const FrameArea& area) {
   Page* page = modules::AddPage(exchange_, width_, height_, 32);
   if (page == nullptr) return false;
   const auto rowOf = [&](std::uint32_t y) {
@@ -189,14 +189,14 @@ bool FrameComposer::ComposeTrueColor(const FrameHeader& frame, const Area& area)
     } else {
       for (std::uint32_t x = 0; x < width_; ++x) row[x] = below_.page->palette[from[x]];
     }
-    if (y - below_.cleared.y < below_.cleared.height) {
-      std::fill_n(row + below_.cleared.x, below_.cleared.width, 0U);
+    if (y - below_.cleared.top < below_.cleared.height) {
+      std::fill_n(row + below_.cleared.left, below_.cleared.width, 0U);
     }
   }
   std::uint32_t words[256];
   for (std::uint32_t i = 0; i < 256; ++i) words[i] = EntryWord(frame.table, i);
   ForEachRow(frame, area, [&](std::uint32_t y, const std::uint8_t* indices) {
-    std::uint32_t* row = rowOf(y) + area.x;
+    std::uint32_t* row = rowOf(y) + area.left;
     for (std::uint32_t x = 0; x < area.width; ++x) {
       row[x] = indices[x] == frame.transparent ? row[x] : words[indices[x]];
     }
@@ -219,7 +219,7 @@ void FrameComposer::FinishPage(Page& page, const FrameHeader& frame, int transpa
   last_ = &page;
 }
 
-void FrameComposer::Dispose(const FrameHeader& frame, const Area& area, const Picture& shown) {
+void FrameComposer::Dispose(const FrameHeader& frame, const FrameArea& area, const Picture& shown) {
   if (frame.disposal == Disposal::kRestore) return;
   below_ = shown;
   if (frame.disposal != Disposal::kClear) return;

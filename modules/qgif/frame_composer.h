@@ -35,32 +35,24 @@ class FrameComposer {
   modules::Page* LastPage() { return last_; }
 
  private:
-  // A rectangle of the canvas.
-  struct Area {
-    std::uint32_t x = 0;
-    std::uint32_t y = 0;
-    std::uint32_t width = 0;
-    std::uint32_t height = 0;
-    bool Empty() const { return width == 0 || height == 0; }
-  };
   // What stands on the canvas: a page (null: nothing does) with an area made transparent.
   struct Picture {
     const modules::Page* page = nullptr;
     TableBytes table;      // of an 8-bit page
     int transparent = -1;  // index of such a page that means nothing; -1: all of it is opaque
-    Area cleared;
+    FrameArea cleared;
   };
 
   bool DecodeIntoPage(const FrameHeader& frame);
   void DecodeIntoScratch(const FrameHeader& frame);
-  bool Compose(const FrameHeader& frame, const Area& area);
-  bool ComposeIndexed(const FrameHeader& frame, const Area& area, int transparent);
-  bool ComposeTrueColor(const FrameHeader& frame, const Area& area);
-  bool ChooseTransparent(const FrameHeader& frame, const Area& area, int& transparent) const;
+  bool Compose(const FrameHeader& frame, const FrameArea& area);
+  bool ComposeIndexed(const FrameHeader& frame, const FrameArea& area, int transparent);
+  bool ComposeTrueColor(const FrameHeader& frame, const FrameArea& area);
+  bool ChooseTransparent(const FrameHeader& frame, const FrameArea& area, int& transparent) const;
   template <typename Draw>
-  void ForEachRow(const FrameHeader& frame, const Area& area, Draw draw) const;
+  void ForEachRow(const FrameHeader& frame, const FrameArea& area, Draw draw) const;
   void FinishPage(modules::Page& page, const FrameHeader& frame, int transparent);
-  void Dispose(const FrameHeader& frame, const Area& area, const Picture& shown);
+  void Dispose(const FrameHeader& frame, const FrameArea& area, const Picture& shown);
 
   glib::ImageDataExchange& exchange_;
   std::span<const std::uint8_t> bytes_;

@@ -9,16 +9,6 @@
 
 namespace qgif {
 
-// A rectangle of the screen.
-struct FrameArea {
-  std::uint32_t left = 0;
-  std::uint32_t top = 0;
-  std::uint32_t width = 0;
-  std::uint32_t height = 0;
-
-  bool Empty() const { return width == 0 || height == 0; }
-};
-
 struct FrameControl {
   std::uint32_t delay = 0;  // hundredths of a second; what 16 bits can't hold becomes the longest they can
   Disposal disposal = Disposal::kNone;

@@ -20,6 +20,16 @@ inline constexpr std::uint8_t kApplicationLabel = 0xFF;
 // What happens to the area of a frame when its time is over.
 enum class Disposal : std::uint8_t { kNone = 0, kKeep = 1, kClear = 2, kRestore = 3 };
 
+// A rectangle of the screen.
+struct FrameArea {
+  std::uint32_t left = 0;
+  std::uint32_t top = 0;
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+
+  bool Empty() const { return width == 0 || height == 0; }
+};
+
 // A colour table as it stands in the file: three bytes an entry, red, green, blue.
 using TableBytes = std::span<const std::uint8_t>;
 

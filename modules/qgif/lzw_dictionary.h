@@ -4,7 +4,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
+#include <new>
 
 namespace qgif {
 
@@ -17,7 +19,10 @@ inline constexpr std::uint32_t kMaxEntries = 4096;
 // and fewer the dense table does so by itself.
 class LzwDictionary {
  public:
-  LzwDictionary() : slots_(new std::uint16_t[kSlots]()) {}
+  // The system hands out zeroed pages one by one as they are touched, so that a small picture doesn't pay for 2 MB.
+  LzwDictionary() : slots_(static_cast<std::uint16_t*>(std::calloc(kSlots, sizeof(std::uint16_t)))) {
+    if (slots_ == nullptr) throw std::bad_alloc();
+  }
 
   // Forgets all entries. `codeSize` is at most 8.
   void Reset(std::uint32_t codeSize) {
@@ -48,7 +53,10 @@ class LzwDictionary {
   static constexpr std::uint32_t kFirstRepeat = kMaxEntries << 8;
   static constexpr std::size_t kSlots = std::size_t{kFirstRepeat} + kMaxEntries;
 
-  std::unique_ptr<std::uint16_t[]> slots_;
+  struct Free {
+    void operator()(std::uint16_t* slots) const { std::free(slots); }
+  };
+  std::unique_ptr<std::uint16_t[], Free> slots_;
   std::array<std::uint32_t, kMaxEntries> usedSlots_;
   std::uint32_t used_ = 0;
   std::uint32_t codeSize_ = 2;

@@ -32,7 +32,9 @@ std::uint32_t LoadGif(std::span<const std::uint8_t> bytes, glib::ImageDataExchan
   }
   FrameComposer composer(exchange, bytes, canvas);
   for (const FrameHeader& frame : frames) {
-    if (!composer.Add(frame)) return glib::NSUP;
+    if (composer.Add(frame)) continue;
+    exchange.pages.Clear();
+    return glib::NSUP;
   }
   if (exchange.pages.count == 0) return modules::Fail(exchange, glib::IERR, "The GIF holds no picture");
   for (std::uint32_t i = 0; i < exchange.pages.count; ++i) {

@@ -277,7 +277,23 @@ TEST(Reader, LimitsAreKept) {
     Exchange exchange;
     EXPECT_EQ(qgif::LoadGif(gif.End(), exchange), c.result);
     EXPECT_EQ(exchange.text.IsEmpty(), c.result == glib::RCOK);
+    EXPECT_EQ(exchange.pages.count, c.result == glib::RCOK ? c.frames : 0);
   }
+}
+
+// A host without memory for the third page gets none.
+TEST(Reader, AFailureLeavesNoPages) {
+  GifBuilder gif(3, 3, kFour);
+  for (int i = 0; i < 4; ++i) gif.Frame(0, 0, 3, 3, Bytes(9, 1));
+  static int left;
+  left = 2;
+  Exchange exchange;
+  exchange.AllocateRaster = [](std::uint32_t width, std::uint32_t height, std::uint32_t bits) {
+    return left-- > 0 ? glib::AllocateRaster(width, height, bits) : nullptr;
+  };
+  EXPECT_NE(qgif::LoadGif(gif.End(), exchange), glib::RCOK);
+  EXPECT_EQ(exchange.pages.count, 0U);
+  EXPECT_FALSE(exchange.text.IsEmpty());
 }
 
 }  // namespace
