@@ -79,7 +79,8 @@ TEST(ContentBounds, AgreesWithTheSlowFormAtEveryDepth) {
 TEST(ContentBounds, ComparesAllFourBytes) {
   glib::Slide slide(glib::RGB32(0, 0, 0, 0));
   glib::Layer layer(&slide);
-  test_support::SetRows(layer, 3, 2, 24, [](std::uint8_t* row, std::int32_t) { std::fill(row, row + 9, std::uint8_t{255}); });
+  test_support::SetRows(layer, 3, 2, 24,
+                        [](std::uint8_t* row, std::int32_t) { std::fill(row, row + 9, std::uint8_t{255}); });
   ExpectEqual(glib::ContentBounds(&layer, 0x00FFFFFF), {0, 0, 3, 2}, "white without its fourth byte");
   ExpectEqual(glib::ContentBounds(&layer, 0xFFFFFFFF), {3, 2, 0, 0}, "white");
 }

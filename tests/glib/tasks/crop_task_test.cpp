@@ -34,7 +34,8 @@ TEST(CropTask, WorksTheRectangleOut) {
     EXPECT_EQ(sample.Layer(0).raster.width, c.width) << c.name;
     EXPECT_EQ(sample.Layer(0).raster.height, c.height) << c.name;
     EXPECT_EQ(sample.Pixel(0, 0, 0), test_support::PlaceWord(c.left, c.top)) << c.name;
-    EXPECT_EQ(sample.Pixel(0, c.width - 1, c.height - 1), test_support::PlaceWord(c.left + c.width - 1, c.top + c.height - 1))
+    EXPECT_EQ(sample.Pixel(0, c.width - 1, c.height - 1),
+              test_support::PlaceWord(c.left + c.width - 1, c.top + c.height - 1))
         << c.name;
   }
 }
