@@ -1,0 +1,79 @@
+#include "platform/vector_targets.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include "hwy/highway.h"
+
+// What Highway's dispatch asks for at run time. Its own library answers the same, but measures a clock in its start-up,
+// which costs more than all the rest of a short run.
+
+namespace platform {
+namespace {
+
+struct NamedLevel {
+  const char* name;
+  std::int64_t sets;  // this set and all simpler ones
+};
+
+// Sets have the lower bits the better they are.
+constexpr std::int64_t UpTo(std::int64_t best) { return ~(best - 1); }
+
+constexpr NamedLevel kLevels[] = {
+    {"scalar", UpTo(HWY_SCALAR)}, {"ssse3", UpTo(HWY_SSSE3)}, {"sse4", UpTo(HWY_SSE4)},
+    {"avx2", UpTo(HWY_AVX2)},     {"avx3", UpTo(HWY_AVX3)},
+};
+
+std::int64_t AllowedSets() {
+  const char* wanted = std::getenv(kVectorVariable);
+  if (wanted != nullptr) {
+    for (const NamedLevel& level : kLevels) {
+      if (std::strcmp(level.name, wanted) == 0) return level.sets;
+    }
+  }
+  return ~std::int64_t{0};
+}
+
+std::int64_t ProcessorSets() {
+  std::int64_t sets = HWY_STATIC_TARGET | HWY_SCALAR;
+#if HWY_ARCH_X86
+  __builtin_cpu_init();
+  if (__builtin_cpu_supports("ssse3")) sets |= HWY_SSSE3;
+  if (!__builtin_cpu_supports("x86-64-v2") || !__builtin_cpu_supports("aes") || !__builtin_cpu_supports("pclmul")) {
+    return sets;
+  }
+  sets |= HWY_SSE4;
+  if (__builtin_cpu_supports("x86-64-v3")) sets |= HWY_AVX2;
+  if (__builtin_cpu_supports("x86-64-v4")) sets |= HWY_AVX3;
+#endif
+  return sets;
+}
+
+std::int64_t& Sets() {
+  static std::int64_t sets = ProcessorSets() & AllowedSets();
+  return sets;
+}
+
+std::int64_t testSets = 0;
+
+}  // namespace
+}  // namespace platform
+
+namespace hwy {
+
+HWY_DLLEXPORT std::int64_t SupportedTargets() {
+  return platform::testSets != 0 ? platform::testSets : platform::Sets();
+}
+
+HWY_DLLEXPORT ChosenTarget& GetChosenTarget() {
+  static ChosenTarget chosen;
+  return chosen;
+}
+
+HWY_DLLEXPORT void DisableTargets(std::int64_t sets) { platform::Sets() &= ~sets; }
+
+// 0 ends the test.
+HWY_DLLEXPORT void SetSupportedTargetsForTest(std::int64_t sets) { platform::testSets = sets; }
+
+}  // namespace hwy
