@@ -2,6 +2,7 @@
 #define APP_CONVERTER_H_
 
 #include <cstdint>
+#include <vector>
 
 #include "app/settings.h"
 #include "gen/basic_string.h"
@@ -28,10 +29,16 @@ class Converter {
   // naming
   static void ChangeExtension(Text& path, Text name, Text ext);
   static void CleanName(Text& path);
+  static Text NameOf(Text path);  // what stands behind the last backslash
+  // The folder that a path lies in, as EnsureFolder wants it: "." for a bare name, the backslash alone for the root.
+  static Text FolderOf(Text path);
+  // Makes a folder with its parents; a relative one is made in the current folder. What was made before a failure
+  // stays.
   static bool EnsureFolder(Text folder);
   static Text FreeName(Text path, Text ext);
   static bool RemoveFile(Text path);
-  static void RemoveMatching(Text folder, Text pattern);
+  // Paths of the files of a folder that match a pattern with "*" and "?".
+  static std::vector<Text> ListMatching(Text folder, Text pattern);
 
   // The drivers. `Run` picks one of the three below; false makes the run fail.
   bool Run(ConvertSettings& settings, glib::BaseFormatDesc& desc);

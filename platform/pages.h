@@ -2,6 +2,8 @@
 #define PLATFORM_PAGES_H_
 
 #include <cstddef>
+#include <cstdint>
+#include <memory>
 
 namespace platform {
 
@@ -11,6 +13,12 @@ namespace platform {
 void* AllocatePages(std::size_t size);               // zeroed
 void* AllocateUninitialisedPages(std::size_t size);  // for producers that write every byte
 void FreePages(void* block);                         // null is ignored
+
+// A block that is freed with its scope.
+struct PagesDeleter {
+  void operator()(std::uint8_t* block) const { FreePages(block); }
+};
+using OwnedPages = std::unique_ptr<std::uint8_t, PagesDeleter>;
 
 }  // namespace platform
 

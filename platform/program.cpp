@@ -1,5 +1,6 @@
 #include "platform/program.h"
 
+#include <signal.h>
 #include <syslog.h>
 #include <unistd.h>
 
@@ -24,6 +25,8 @@ const std::string& ProgramFolder() {
   static const std::string folder = FindProgramFolder();
   return folder;
 }
+
+void LetLargeWritesFail() { signal(SIGXFSZ, SIG_IGN); }
 
 void DebugMessage(const char* text) { syslog(LOG_USER | LOG_DEBUG, "%s", text); }
 

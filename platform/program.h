@@ -8,6 +8,10 @@ namespace platform {
 // Folder of the running program as the system has it, without a trailing slash; empty if it can't be found out.
 const std::string& ProgramFolder();
 
+// Lets a write fail that would make a file larger than the system allows this process, as on a full disk, instead of
+// ending the program.
+void LetLargeWritesFail();
+
 // To the system's log at debug level; neither standard output nor standard error sees it.
 void DebugMessage(const char* text);
 

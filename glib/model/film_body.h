@@ -17,7 +17,8 @@ class Film;
 // What a film holds. It is the film's own format registry as well, so that no two films share anything.
 class FilmBody : public FilterManager {
  public:
-  FilmBody(const char* folder, bool useCatalogue, Film* film) : FilterManager(folder, useCatalogue), owner(film) {}
+  FilmBody(const char* moduleFolder, bool useCatalogue, Film* film)
+      : FilterManager(moduleFolder, useCatalogue), owner(film) {}
 
   bool AddSlide(Slide* slide);                 // takes it over; false for null
   Slide* GetSlide(std::uint32_t index) const;  // null past the end

@@ -1,6 +1,7 @@
 #ifndef GLIB_MODEL_LAYER_H_
 #define GLIB_MODEL_LAYER_H_
 
+#include <algorithm>
 #include <cstdint>
 
 #include "gen/basic_string.h"
@@ -17,6 +18,15 @@ struct Rectangle {
   std::int32_t top = 0;
   std::int32_t right = 0;
   std::int32_t bottom = 0;
+
+  std::int32_t Width() const { return Distance(left, right); }
+  std::int32_t Height() const { return Distance(top, bottom); }
+
+ private:
+  // At most what the type holds, where the edges lie further apart.
+  static std::int32_t Distance(std::int32_t from, std::int32_t to) {
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{to} - from, INT32_MIN, INT32_MAX));
+  }
 };
 
 // One image in the stack of a slide. The operations give false when they can't be done or memory is out; the layer is

@@ -1,8 +1,11 @@
 #include "glib/model/layer.h"
+#include "glib/pixel/mirror.h"
 
 namespace glib {
 
-// Without its kernel yet: the operation refuses, the layer stays as it was.
-bool Layer::MirrorLayer(bool, bool) { return false; }
+bool Layer::MirrorLayer(bool horizontal, bool vertical) {
+  return EnsureRasterIfMetafile() && MirrorRaster(raster.pixels, raster.bits, raster.rowsAligned != 0, raster.width,
+                                                  raster.height, horizontal, vertical);
+}
 
 }  // namespace glib

@@ -23,6 +23,20 @@ constexpr std::size_t PaddedStride(std::size_t width, std::size_t bits) { return
 // Bytes of a row that is padded to whole bytes only.
 constexpr std::size_t PackedStride(std::size_t width, std::size_t bits) { return (width * bits + 7) / 8; }
 
+// Bytes of a raster with rows of `stride` bytes; 0 when it has no pixels or needs more than 32 bits, which no
+// allocation serves. Negative sizes have no pixels.
+constexpr std::size_t RasterBytes(std::int32_t width, std::int32_t height, std::size_t stride) {
+  if (width <= 0 || height <= 0 || stride == 0 || stride > 0xFFFFFFFFU) return 0;
+  const std::size_t bytes = stride * static_cast<std::size_t>(height);
+  return bytes > 0xFFFFFFFFU ? 0 : bytes;
+}
+
+// The same for padded rows of `bits` a pixel.
+constexpr std::size_t PaddedBytes(std::int32_t width, std::int32_t height, std::int32_t bits) {
+  if (width <= 0 || bits <= 0) return 0;
+  return RasterBytes(width, height, PaddedStride(static_cast<std::size_t>(width), static_cast<std::size_t>(bits)));
+}
+
 // Pixels or a metafile, with palette and processing settings: what all pixel code works on. The members stand in the
 // order in which layers and module pages have them.
 //

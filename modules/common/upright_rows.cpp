@@ -80,7 +80,8 @@ std::uint8_t* UprightRows::NextRow() {
 }
 
 void UprightRows::RowDone() {
-  if (orientation_ == 2 || orientation_ == 3) MirrorRow(NextRow(), storedWidth_, static_cast<std::uint32_t>(page_.bits));
+  if (orientation_ == 2 || orientation_ == 3)
+    MirrorRow(NextRow(), storedWidth_, static_cast<std::uint32_t>(page_.bits));
   ++rowsDone_;
   if (!ExchangesSides(orientation_)) return;
   if (++waiting_ == kRowsWaiting || rowsDone_ == storedHeight_) TurnWaiting();

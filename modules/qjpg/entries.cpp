@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "glib/module_api/format_rows.h"
 #include "modules/common/header_bytes.h"
 #include "modules/common/page_builder.h"
 #include "modules/common/source.h"
@@ -73,6 +74,10 @@ std::uint32_t Load(JpegReader& reader, glib::ImageDataExchange& exchange, bool r
 
 }  // namespace
 
+ZEFA_ENTRY GetFilterInfo(glib::CreateFormatDescFunction create, gen::array_ptr<glib::FilterFormatDesc>* formats) {
+  return glib::RegisterRows("qjpg", create, formats);
+}
+
 ZEFA_ENTRY LoadImageData(const char* path, glib::ImageDataExchange* exchange, glib::BaseFormatDesc*) {
   const modules::Source source(path, *exchange);
   if (!source.Ok()) return Fail(*exchange, glib::IERR, "The file can't be read");
@@ -96,9 +101,9 @@ ZEFA_ENTRY GetFileInfo(const char* path, std::uint32_t id, glib::FileInfo** info
       return !reader.EndsEarly();
     }
     const Upright sizes = UprightSizes(reader);
-    *info = modules::NewFileInfo(path, id, static_cast<std::int32_t>(sizes.width),
-                                 static_cast<std::int32_t>(sizes.height), static_cast<std::int32_t>(reader.Bits()), 1,
-                                 sizes.dpiX, sizes.dpiY);
+    *info =
+        modules::NewFileInfo(path, id, static_cast<std::int32_t>(sizes.width), static_cast<std::int32_t>(sizes.height),
+                             static_cast<std::int32_t>(reader.Bits()), 1, sizes.dpiX, sizes.dpiY);
     result = glib::RCOK;
     return true;
   });

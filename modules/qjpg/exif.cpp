@@ -44,7 +44,8 @@ class Fields {
 
 Exif ReadExif(std::span<const std::uint8_t> marker) {
   Exif exif;
-  if (marker.size() < sizeof(kIntroduction) + 8 || std::memcmp(marker.data(), kIntroduction, sizeof(kIntroduction)) != 0) {
+  if (marker.size() < sizeof(kIntroduction) + 8 ||
+      std::memcmp(marker.data(), kIntroduction, sizeof(kIntroduction)) != 0) {
     return exif;
   }
   const auto notes = marker.subspan(sizeof(kIntroduction));
@@ -62,9 +63,8 @@ Exif ReadExif(std::span<const std::uint8_t> marker) {
     const std::uint32_t tag = fields.Short();
     const std::uint32_t type = fields.Short();
     if (fields.Long() == 0) continue;
-    const double value = tag == kOrientation || tag == kResolutionX || tag == kResolutionY || tag == kUnit
-                             ? fields.Value(type)
-                             : 0.0;
+    const double value =
+        tag == kOrientation || tag == kResolutionX || tag == kResolutionY || tag == kUnit ? fields.Value(type) : 0.0;
     if (tag == kOrientation && value >= 1 && value <= 8) exif.orientation = static_cast<std::uint32_t>(value);
     if (tag == kResolutionX) exif.dpiX = value;
     if (tag == kResolutionY) exif.dpiY = value;

@@ -1,5 +1,6 @@
 #include "modules/common/entries.h"
 
+#include "glib/module_api/format_rows.h"
 #include "modules/common/header_bytes.h"
 #include "modules/common/page_builder.h"
 #include "modules/common/source.h"
@@ -7,6 +8,10 @@
 
 using modules::Fail;
 using modules::PngReader;
+
+ZEFA_ENTRY GetFilterInfo(glib::CreateFormatDescFunction create, gen::array_ptr<glib::FilterFormatDesc>* formats) {
+  return glib::RegisterRows("qpng", create, formats);
+}
 
 ZEFA_ENTRY LoadImageData(const char* path, glib::ImageDataExchange* exchange, glib::BaseFormatDesc*) {
   const modules::Source source(path, *exchange);

@@ -20,6 +20,15 @@ void SpreadQuarters(std::uint8_t* row, std::uint32_t width) {
   }
 }
 
+constexpr std::size_t kChunkHeaderBytes = 8;
+
+// A chunk of picture data that reaches past the end is made to end there: of one that it can't have whole, the library
+// would drop what there is.
+void ShortenData(std::uint8_t* header, std::size_t left) {
+  if (std::memcmp(header + 4, "IDAT", 4) != 0 || png_get_uint_32(header) <= left) return;
+  png_save_uint_32(header, static_cast<png_uint_32>(left));
+}
+
 }  // namespace
 
 PngReader::PngReader(std::span<const std::uint8_t> bytes) : bytes_(bytes) {
@@ -35,18 +44,18 @@ void PngReader::Leave(png_structp png, png_const_charp text) {
   std::longjmp(reader->jump_, 1);
 }
 
-void PngReader::Note(png_structp png, png_const_charp) {
-  ++static_cast<PngReader*>(png_get_error_ptr(png))->warnings_;
-}
+void PngReader::Note(png_structp png, png_const_charp) { ++static_cast<PngReader*>(png_get_error_ptr(png))->warnings_; }
 
 void PngReader::Give(png_structp png, png_bytep target, std::size_t count) {
   auto* reader = static_cast<PngReader*>(png_get_io_ptr(png));
-  if (count > reader->bytes_.size() - reader->position_) {
+  const std::size_t left = reader->bytes_.size() - reader->position_;
+  if (count > left) {
     reader->endsEarly_ = true;
     png_error(png, "The file ends early");
   }
   std::memcpy(target, reader->bytes_.data() + reader->position_, count);
   reader->position_ += count;
+  if (count == kChunkHeaderBytes) ShortenData(target, left - count);
 }
 
 bool PngReader::ReadHeader() {

@@ -11,7 +11,7 @@ constexpr std::size_t kSignatureOffset = 40;
 constexpr std::size_t kHeaderSize = 88;
 
 std::uint32_t Word(const std::uint8_t* at) {
-  return at[0] | at[1] << 8U | at[2] << 16U | static_cast<std::uint32_t>(at[3]) << 24U;
+  return std::uint32_t{at[0]} | std::uint32_t{at[1]} << 8 | std::uint32_t{at[2]} << 16 | std::uint32_t{at[3]} << 24;
 }
 
 bool HasHeader(const std::uint8_t* bytes, std::size_t size) {

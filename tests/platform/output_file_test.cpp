@@ -19,7 +19,7 @@ TEST(OutputFile, MakesAndReplaces) {
   const TemporaryFolder folder;
   for (const std::string content : {"a longer content", "short", ""}) {
     OutputFile file;
-    ASSERT_TRUE(file.Open(folder.Path("a.gif").c_str()));
+    ASSERT_TRUE(file.Open(folder.Text("a.gif").c_str()));
     EXPECT_TRUE(file.Write(content.data(), content.size() / 2));
     EXPECT_TRUE(file.Write(content.data() + content.size() / 2, content.size() - content.size() / 2));
     EXPECT_TRUE(file.Close());
@@ -33,28 +33,28 @@ TEST(OutputFile, UnfinishedFilesGoAwayUnlessTheyWereThere) {
   folder.Write("old.gif", "something");
   for (const char* name : {"old.gif", "new.gif"}) {
     OutputFile file;
-    ASSERT_TRUE(file.Open(folder.Path(name).c_str()));
+    ASSERT_TRUE(file.Open(folder.Text(name).c_str()));
     EXPECT_TRUE(file.Write("xyz", 3));
   }
-  EXPECT_TRUE(std::filesystem::exists(folder.Native() / "old.gif"));
-  EXPECT_FALSE(std::filesystem::exists(folder.Native() / "new.gif"));
+  EXPECT_TRUE(std::filesystem::exists(folder.path() / "old.gif"));
+  EXPECT_FALSE(std::filesystem::exists(folder.path() / "new.gif"));
 }
 
 TEST(OutputFile, OpeningAnotherFileGivesUpTheFirst) {
   const TemporaryFolder folder;
   OutputFile file;
-  ASSERT_TRUE(file.Open(folder.Path("a.gif").c_str()));
-  ASSERT_TRUE(file.Open(folder.Path("b.gif").c_str()));
+  ASSERT_TRUE(file.Open(folder.Text("a.gif").c_str()));
+  ASSERT_TRUE(file.Open(folder.Text("b.gif").c_str()));
   EXPECT_TRUE(file.Write("b", 1));
   EXPECT_TRUE(file.Close());
-  EXPECT_FALSE(std::filesystem::exists(folder.Native() / "a.gif"));
+  EXPECT_FALSE(std::filesystem::exists(folder.path() / "a.gif"));
   EXPECT_EQ(folder.Read("b.gif"), "b");
 }
 
 // The host hands over a file without a name by the descriptor that it keeps open.
 TEST(OutputFile, WritesToADescriptor) {
   const TemporaryFolder folder;
-  const std::string path = folder.Native() / "gone";
+  const std::string path = folder.path() / "gone";
   const int descriptor = open(path.c_str(), O_RDWR | O_CREAT, 0600);
   ASSERT_GE(descriptor, 0);
   ASSERT_EQ(unlink(path.c_str()), 0);
@@ -74,8 +74,8 @@ TEST(OutputFile, RefusesWhatCantBeWritten) {
   OutputFile file;
   EXPECT_FALSE(file.Open(nullptr));
   EXPECT_FALSE(file.Open(""));
-  EXPECT_FALSE(file.Open(folder.Native().c_str()));
-  EXPECT_FALSE(file.Open(folder.Path("missing\\a.gif").c_str()));
+  EXPECT_FALSE(file.Open(folder.path().c_str()));
+  EXPECT_FALSE(file.Open(folder.Text("missing\\a.gif").c_str()));
   EXPECT_FALSE(file.Write("x", 1));
   EXPECT_FALSE(file.Close());
 }
@@ -92,9 +92,9 @@ TEST(OutputFile, AFullDeviceIsReported) {
 // Waiting for a reader that may never come would hold up the whole run.
 TEST(OutputFile, DoesNotWaitForTheOtherEndOfAPipe) {
   const TemporaryFolder folder;
-  ASSERT_EQ(mkfifo((folder.Native() / "pipe").c_str(), 0600), 0);
+  ASSERT_EQ(mkfifo((folder.path() / "pipe").c_str(), 0600), 0);
   OutputFile file;
-  EXPECT_FALSE(file.Open(folder.Path("pipe").c_str()));
+  EXPECT_FALSE(file.Open(folder.Text("pipe").c_str()));
 }
 
 }  // namespace

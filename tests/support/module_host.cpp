@@ -83,6 +83,16 @@ Loaded ModuleHost::Load(std::span<const std::uint8_t> bytes, std::uint32_t id) c
   return loaded;
 }
 
+Loaded ModuleHost::LoadThumbnail(const std::string& path, std::uint32_t width, std::uint32_t height) const {
+  Loaded loaded = EmptyExchange();
+  loaded.exchange->thumbnailWidth = width;
+  loaded.exchange->thumbnailHeight = height;
+  const auto load = Entry<glib::LoadImageThumbnailEntry>(module_, "LoadImageThumbnail");
+  loaded.result = load(path.c_str(), loaded.exchange.get());
+  loaded.message = loaded.exchange->message->c_str();
+  return loaded;
+}
+
 std::unique_ptr<glib::FileInfo> ModuleHost::Info(const std::string& path, std::uint32_t id,
                                                  std::uint32_t* result) const {
   glib::FileInfo* info = nullptr;

@@ -42,6 +42,9 @@ class ModuleHost {
   Loaded Load(const std::string& path, std::uint32_t id = glib::kAnyFormat) const;
   Loaded Load(std::span<const std::uint8_t> bytes, std::uint32_t id = glib::kAnyFormat) const;
 
+  // Only for a module that HasEntry("LoadImageThumbnail").
+  Loaded LoadThumbnail(const std::string& path, std::uint32_t width, std::uint32_t height) const;
+
   // Null when the module gives none.
   std::unique_ptr<glib::FileInfo> Info(const std::string& path, std::uint32_t id,
                                        std::uint32_t* result = nullptr) const;

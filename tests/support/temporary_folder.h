@@ -1,48 +1,44 @@
 #ifndef TESTS_SUPPORT_TEMPORARY_FOLDER_H_
 #define TESTS_SUPPORT_TEMPORARY_FOLDER_H_
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace test_support {
 
-// A fresh empty folder that disappears with its contents.
+// A new folder of its own that goes with everything in it at the end of its life.
 class TemporaryFolder {
  public:
-  TemporaryFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "zefa-test-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) std::abort();
-    folder_ = name;
-  }
+  TemporaryFolder();
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  ~TemporaryFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
-  }
+  ~TemporaryFolder();
 
-  const std::filesystem::path& Native() const { return folder_; }
-  // The path of something in the folder, as the program writes paths.
-  std::string Path(const std::string& name) const { return folder_.string() + "\\" + name; }
+  const std::filesystem::path& path() const { return path_; }
+  // The path as the program writes it, with backslashes, and `relative`, which may be empty, behind it.
+  std::string Text(const std::string& relative = "") const;
 
-  // Writes a file and gives its path.
-  std::string Write(const std::string& name, std::string_view bytes) const {
-    std::ofstream(folder_ / name, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    return Path(name);
-  }
+  const std::filesystem::path& Native() const { return path_; }
+  std::string Path(const std::string& relative) const { return Text(relative); }
 
-  std::string Read(const std::string& name) const {
-    std::ifstream file(folder_ / name, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), {});
-  }
+  // Makes a file with its folders and gives its path as Text does. `relative` has slashes.
+  std::string Write(const std::string& relative, std::string_view content = "x") const;
+  void MakeFolder(const std::string& relative) const;
+  std::string Read(const std::string& relative) const;
+  bool Has(const std::string& relative) const;
+  // All files and folders below it, relative and sorted.
+  std::vector<std::string> Contents() const;
 
  private:
-  std::filesystem::path folder_;
+  std::filesystem::path path_;
 };
 
 }  // namespace test_support
+
+namespace test_support {
+using test_support::TemporaryFolder;
+}
 
 #endif  // TESTS_SUPPORT_TEMPORARY_FOLDER_H_

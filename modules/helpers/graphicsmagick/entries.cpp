@@ -12,8 +12,8 @@
 
 namespace {
 
-using modules::MagickSummary;
 using modules::MagickOptions;
+using modules::MagickSummary;
 
 // The library keeps some 10 bytes a pixel.
 constexpr magick_int64_t kMaxMemory = magick_int64_t{2} << 30;

@@ -90,7 +90,7 @@ TEST_F(Qbmp, ReadsFromMemoryAndFromFiles) {
   ExpectSmallPicture(host_.Load(MakeDib(SmallPicture()), kBmpId));  // without a file header
   const test_support::TemporaryFolder folder;
   ExpectSmallPicture(host_.Load(folder.Write("small.bmp", AsText(bmp)), kBmpId));
-  const Loaded missing = host_.Load(folder.Path("missing.bmp"), kBmpId);
+  const Loaded missing = host_.Load(folder.Text("missing.bmp"), kBmpId);
   EXPECT_EQ(missing.result, glib::IERR);
   EXPECT_NE(missing.message, "");
 }
@@ -119,7 +119,7 @@ TEST_F(Qbmp, TellsOfAFileFromItsHeaderAlone) {
   std::uint32_t result = 0;
   EXPECT_EQ(host_.Info(folder.Write("none.bmp", "BM"), kBmpId, &result), nullptr);
   EXPECT_EQ(result, glib::IERR);
-  EXPECT_EQ(host_.Info(folder.Path("missing"), kBmpId, &result), nullptr);
+  EXPECT_EQ(host_.Info(folder.Text("missing"), kBmpId, &result), nullptr);
   EXPECT_EQ(result, glib::IERR);
 }
 

@@ -41,7 +41,7 @@ inline Bytes BytesOf(const std::string& text) { return Bytes(text.begin(), text.
 
 inline Bytes SaveToBytes(const Exchange& exchange, const glib::GIFSave& settings) {
   const TemporaryFolder folder;
-  EXPECT_EQ(qgif::SaveGif(folder.Path("a.gif").c_str(), exchange, settings), glib::RCOK) << exchange.text.c_str();
+  EXPECT_EQ(qgif::SaveGif(folder.Text("a.gif").c_str(), exchange, settings), glib::RCOK) << exchange.text.c_str();
   return BytesOf(folder.Read("a.gif"));
 }
 

@@ -230,7 +230,7 @@ TEST_F(Qppm, TellsOfAFile) {
 
 TEST_F(Qppm, DamagedFilesEndCleanly) {
   for (const std::string& file : {"P1 3 2 #c\n101 010"s, "P2 3 2 9\n1 2 3 4 5 6"s, "P3 1 2 99 1 2 3 4 5 6"s,
-                                 "P4 9 2\nabcd"s, "P5 2 2 300\nabcdefgh"s, "P6 1 2 255\nabcdefP5 1 1 255\nx"s}) {
+                                  "P4 9 2\nabcd"s, "P5 2 2 300\nabcdefgh"s, "P6 1 2 255\nabcdefP5 1 1 255\nx"s}) {
     SCOPED_TRACE(file);
     TryDamaged(AsBytes(file), [&](std::span<const std::uint8_t> bytes) { return host_.Load(bytes, kPpmId); });
   }
