@@ -16,6 +16,16 @@ std::uint32_t WidthOf(const Page& page) { return static_cast<std::uint32_t>(page
 std::uint32_t HeightOf(const Page& page) { return static_cast<std::uint32_t>(page.height); }
 bool SameSize(const Page& a, const Page& b) { return a.width == b.width && a.height == b.height; }
 
+bool IsNear(std::uint32_t a, std::uint32_t b, std::uint32_t distance) {
+  if (a == kTransparent || b == kTransparent) return a == b;
+  std::uint32_t sum = 0;
+  for (const int shift : {0, 8, 16}) {
+    const std::uint32_t difference = (a >> shift & 255U) - (b >> shift & 255U);  // its square is right modulo 2^32
+    sum += difference * difference;
+  }
+  return sum <= distance * distance;
+}
+
 void Include(FrameArea& area, std::uint32_t left, std::uint32_t right, std::uint32_t y) {
   if (area.Empty()) {
     area = {left, y, right - left, 1};
@@ -44,12 +54,13 @@ void Include(FrameArea& area, const FrameArea& other) {
 }  // namespace
 
 ChangeFinder::ChangeFinder(const std::vector<const Page*>& pages, const PixelView& view, const IndexedPages& indexed,
-                           std::uint32_t width, std::uint32_t height, bool interlaced)
+                           std::uint32_t width, std::uint32_t height, bool interlaced, std::uint32_t loss)
     : pages_(pages),
       view_(view),
       indexed_(indexed),
       width_(width),
       interlaced_(interlaced),
+      loss_(loss),
       shown_(std::size_t{width} * height, kTransparent),
       row_(width),
       rowBefore_(width) {}
@@ -89,6 +100,9 @@ void ChangeFinder::FindHeld(std::size_t number) {
     ReadWords(number - 1, y, rowBefore_);
     std::uint8_t* held = held_.data() + std::size_t{y} * width;
     for (std::uint32_t x = 0; x < width; ++x) held[x] = row_[x] == rowBefore_[x] ? 1 : 0;
+    if (loss_ == 0) continue;
+    const std::uint32_t* shown = ShownRow(y);
+    for (std::uint32_t x = 0; x < width; ++x) held[x] = held[x] != 0 || IsNear(row_[x], shown[x], loss_) ? 1 : 0;
   }
 }
 

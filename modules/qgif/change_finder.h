@@ -28,8 +28,9 @@ struct ChangedFrame {
 // Follows what is on the screen from page to page and finds the frames that bring about the next page.
 class ChangeFinder {
  public:
+  // A pixel whose colour is at most `loss` away from what is shown counts as unchanged.
   ChangeFinder(const std::vector<const modules::Page*>& pages, const PixelView& view, const IndexedPages& indexed,
-               std::uint32_t width, std::uint32_t height, bool interlaced);
+               std::uint32_t width, std::uint32_t height, bool interlaced, std::uint32_t loss);
 
   // The frame of page `page`; to be called for one page after the other, from the first.
   const ChangedFrame& Next(std::size_t page);
@@ -49,10 +50,11 @@ class ChangeFinder {
   const IndexedPages& indexed_;
   std::uint32_t width_;
   bool interlaced_;
+  std::uint32_t loss_;
 
   std::vector<std::uint32_t> shown_;  // words of the screen
   std::vector<std::uint8_t> plane_;   // indices of the last page
-  std::vector<std::uint8_t> held_;    // of its pixels: 1 where the page before had the same colour
+  std::vector<std::uint8_t> held_;    // of its pixels: 1 where what is shown may stay
   std::vector<std::uint32_t> row_;
   std::vector<std::uint32_t> rowBefore_;
   ChangedFrame frame_;

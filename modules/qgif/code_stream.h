@@ -65,8 +65,8 @@ class CodeStream {
  private:
   static constexpr std::size_t kPiece = std::size_t{255} * 256;
   static constexpr std::size_t kSlack = 16;
-  // A table that is kept only pays in pictures that are long against its filling: 0.6 % at 768 x 512, -1.5 % at 300 x
-  // 200.
+  // Keeping a table only pays in pictures that are long against its filling: photographs of 256 colours came out 0.6 %
+  // smaller at 768 x 512, but 1.3 % larger at 300 x 200.
   static constexpr std::uint64_t kPatientFrom = 100000;
   // The mean length of recent strings, moving over some 128 of them, with 16 bits behind the point.
   static constexpr int kWindow = 7;
@@ -83,8 +83,8 @@ class CodeStream {
 
   // Whether recent codes cost more bits a pixel than all since the table was begun, its filling with short codes
   // included: then a new one is the better bargain. (Against the mean length of strings, with 5 % in hand for the full
-  // table, 32 colours come out 6 % larger.) A string has at most 4096 pixels and a frame less than 2^32, so that
-  // nothing overflows: 2^28 * 2^32 and 2^4 * 2^48.
+  // table, 32 colours came out 5 % larger than with a clear at once.) A string has at most 4096 pixels and a frame less
+  // than 2^32, so that nothing overflows: 2^28 * 2^32 and 2^4 * 2^48.
   bool FellBehind() const { return static_cast<std::uint64_t>(recent_) * bits_ < kMaxWidth * (pixels_ << kFraction); }
 
   void Append(std::uint32_t code) {

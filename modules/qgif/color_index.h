@@ -45,7 +45,7 @@ class ColorIndex {
     return slot;
   }
 
-  std::array<std::int16_t, kSlots> slots_;
+  std::array<std::int16_t, kSlots> slots_{};
   std::vector<std::uint32_t> words_;
 };
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
-#include <cstdlib>
 
 namespace qgif {
 namespace {
@@ -177,7 +177,7 @@ ColorReducer::ColorReducer(std::span<const Page* const> pages, const PixelView& 
     for (std::size_t i = box.begin; i < box.end; ++i) sums.Add(cells[i], 1);
     std::uint32_t word = kOpaque;
     for (std::size_t k = 0; k < 3; ++k) {
-      word |= static_cast<std::uint32_t>(sums.sum[k] / sums.count + 0.5) << (16 - 8 * k);
+      word |= static_cast<std::uint32_t>(std::lround(sums.sum[k] / sums.count)) << (16 - 8 * k);
     }
     entries_.push_back(word);
   }

@@ -10,10 +10,11 @@ constexpr std::uint8_t kInterlaceFlag = 0x40;
 constexpr std::uint8_t kTransparentFlag = 0x01;
 
 bool IsGif(std::span<const std::uint8_t> name) {
-  constexpr char kName[] = {'G', 'I', 'F'};
+  constexpr std::uint8_t kName[] = {'G', 'I', 'F'};
   return name.size() == 6 &&
-         std::equal(std::begin(kName), std::end(kName), name.begin(),
-                    [](char letter, std::uint8_t byte) { return byte == letter || byte == letter + ('a' - 'A'); });
+         std::equal(std::begin(kName), std::end(kName), name.begin(), [](std::uint8_t letter, std::uint8_t byte) {
+           return byte == letter || byte == letter + ('a' - 'A');
+         });
 }
 
 }  // namespace

@@ -188,7 +188,7 @@ void IndexedPages::IndexAsItIs(std::size_t number, std::uint8_t* indices) const 
   const Plan& plan = plans_[number];
   const auto width = static_cast<std::size_t>(page.width);
   const auto entries = EntryWords(page, view_);
-  std::array<std::uint8_t, 256> map;
+  std::array<std::uint8_t, 256> map{};
   bool moved = false;
   for (std::uint32_t i = 0; i < 256; ++i) {
     const bool other = i <= plan.highest && entries[i] == kTransparent && plan.transparent >= 0 &&

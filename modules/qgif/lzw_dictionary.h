@@ -57,7 +57,7 @@ class LzwDictionary {
     void operator()(std::uint16_t* slots) const { std::free(slots); }
   };
   std::unique_ptr<std::uint16_t[], Free> slots_;
-  std::array<std::uint32_t, kMaxEntries> usedSlots_;
+  std::array<std::uint32_t, kMaxEntries> usedSlots_{};
   std::uint32_t used_ = 0;
   std::uint32_t codeSize_ = 2;
 };

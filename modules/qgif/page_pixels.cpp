@@ -17,7 +17,7 @@ const std::uint8_t* RowOf(const Page& page, std::uint32_t y) { return page.pixel
 }  // namespace
 
 std::array<std::uint32_t, 256> EntryWords(const Page& page, const PixelView& view) {
-  std::array<std::uint32_t, 256> words;
+  std::array<std::uint32_t, 256> words{};
   for (int i = 0; i < 256; ++i) {
     const std::uint32_t word = page.palette[i];
     const bool transparent = i == view.transparentIndex || word >> 24 == 0;

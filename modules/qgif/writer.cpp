@@ -25,7 +25,10 @@ struct WriteSettings {
   ReducerSettings reducer;
   bool interlaced = false;
   bool changesOnly = false;
+  std::uint32_t loss = 0;  // how far a colour may be off before it counts as changed
 };
+
+constexpr int kMaxLoss = 25;
 
 WriteSettings ReadSettings(const glib::BaseFormatDesc& desc) {
   const glib::GIFSave defaults;
@@ -38,6 +41,7 @@ WriteSettings ReadSettings(const glib::BaseFormatDesc& desc) {
   settings.reducer.dither = desc.dither != 0;
   settings.interlaced = gif->interlace != 0;
   settings.changesOnly = gif->nfi != 0;
+  settings.loss = static_cast<std::uint32_t>(std::clamp(desc.quantize / 10, 0, kMaxLoss));
   return settings;
 }
 
@@ -112,7 +116,7 @@ class FrameWriter {
   }
 
   void WriteChanges() {
-    ChangeFinder finder(pages_, settings_.view, indexed_, width_, height_, settings_.interlaced);
+    ChangeFinder finder(pages_, settings_.view, indexed_, width_, height_, settings_.interlaced, settings_.loss);
     for (std::size_t i = 0; i < pages_.size() && output_.Ok(); ++i) {
       const ChangedFrame& frame = finder.Next(i);
       WriteFrameHeader({pages_[i]->delay, frame.clears ? Disposal::kClear : Disposal::kKeep, frame.transparent},

@@ -220,4 +220,37 @@ TEST(AnimationFrames, OnlyChangesAreStored) {
   }
 }
 
+// With a loss, what is at most so far off stays as it is shown; the error never adds up over pages.
+TEST(AnimationFrames, LossLeavesSmallChangesOut) {
+  for (const std::uint32_t bits : {8U, 24U}) {
+    Exchange exchange;
+    for (std::uint32_t i = 0; i < 8; ++i) {
+      modules::Page& page = AddPage(exchange, 3, 1, bits);
+      const Words colors = {Rgb(100 + 2 * i, 100, 100), Rgb(3, 4 + i, 5), i == 4 ? 0x00FFFFFFU : Rgb(9, 9, 9)};
+      for (std::uint32_t x = 0; x < 3; ++x) {
+        page.palette[x] = colors[x];
+        if (bits == 8) SetIndex(page, x, 0, x);
+        if (bits != 8) SetWord(page, x, 0, colors[x]);
+      }
+    }
+    glib::GIFSave settings;
+    settings.nfi = 1;
+    settings.quantize = 58;
+    Bytes bytes;
+    const support::GifFile file = Reread(exchange, settings, bytes);
+    for (std::uint32_t i = 0; i < 8; ++i) {
+      SCOPED_TRACE(std::to_string(bits) + " " + std::to_string(i));
+      const bool hole = bits == 8 && i == 4;
+      // 2 a page: every third page goes past 5.
+      EXPECT_LE((SeenOf(*exchange.pages.At(i))[0] - file.pages[i].pixels[0]) >> 16, 5U);
+      EXPECT_EQ(file.pages[i].pixels[2] == 0, hole);
+    }
+    EXPECT_EQ(file.pages[2].pixels[0], Rgb(100, 100, 100));
+    EXPECT_EQ(file.pages[3].pixels[0], Rgb(106, 100, 100));
+    EXPECT_EQ(file.pages[3].pixels[1], Rgb(3, 4, 5));
+    settings.quantize = 8;
+    EXPECT_EQ(Reread(exchange, settings, bytes).pages[1].pixels[0], Rgb(102, 100, 100));
+  }
+}
+
 }  // namespace
