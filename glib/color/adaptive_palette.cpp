@@ -6,6 +6,7 @@
 #include "glib/color/color_cells.h"
 #include "glib/color/color_groups.h"
 #include "glib/color/color_means.h"
+#include "glib/color/dither_feedback.h"
 #include "glib/color/exact_colors.h"
 
 namespace glib {
@@ -15,6 +16,7 @@ struct Effort {
   std::uint64_t samples;
   bool merging;
   int passes;
+  std::size_t feedbackStep;  // columns and rows from one that takes part in the trial dither to the next
 };
 
 Effort EffortOf(PaletteLevel level) {
@@ -22,11 +24,11 @@ Effort EffortOf(PaletteLevel level) {
   constexpr std::uint64_t kSamples = 130000;
   switch (level) {
     case PaletteLevel::kFast:
-      return {kSamples, false, 2};
+      return {kSamples, false, 2, 2};
     case PaletteLevel::kDefault:
-      return {kSamples, true, 3};
+      return {kSamples, true, 3, 2};
     default:
-      return {std::numeric_limits<std::uint64_t>::max(), true, 8};
+      return {std::numeric_limits<std::uint64_t>::max(), true, 8, 1};
   }
 }
 
@@ -90,7 +92,11 @@ AdaptivePalette BuildAdaptivePalette(std::span<const ColorPage> pages, const Pal
   std::vector<std::uint8_t> nearest(cells.size());
   AssignCells(cells, space, entries, nearest.data());
   for (std::size_t i = 0; i < cells.size(); ++i) counted[nearest[i]].count += cells[i].count;
-  return {ColorsByCount(std::move(counted)), false};
+  AdaptivePalette palette{ColorsByCount(std::move(counted)), false};
+  if (settings.dither) {
+    MoveToDitherTargets(pages, settings.grayscale, MeasureOf(settings.level), effort.feedbackStep, palette.colors);
+  }
+  return palette;
 }
 
 }  // namespace glib

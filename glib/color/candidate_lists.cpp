@@ -71,9 +71,8 @@ void CandidateLists::DropBeaten(const Cube& cube, std::vector<std::uint8_t>& ent
     }
     return sum;
   };
-  const std::uint8_t best = *std::min_element(entries.begin(), entries.end(), [&](std::uint8_t a, std::uint8_t b) {
-    return toMiddle(a) < toMiddle(b);
-  });
+  const std::uint8_t best = *std::min_element(
+      entries.begin(), entries.end(), [&](std::uint8_t a, std::uint8_t b) { return toMiddle(a) < toMiddle(b); });
   const Place& winner = entries_[best];
   std::erase_if(entries, [&](std::uint8_t entry) {
     const Place& other = entries_[entry];
@@ -91,8 +90,8 @@ const std::vector<std::uint8_t>& CandidateLists::CoarseList(std::uint32_t cube, 
   if (!list.empty()) return list;
   if (bits == kCoarsestBits) return list = Rivals(all_, CornersOf(cube, bits));
   const std::uint32_t mask = (1U << bits) - 1;
-  const std::uint32_t around = (cube >> 2 * bits) >> 1 << 2 * (bits - 1) |
-                               (cube >> bits & mask) >> 1 << (bits - 1) | (cube & mask) >> 1;
+  const std::uint32_t around =
+      (cube >> 2 * bits) >> 1 << 2 * (bits - 1) | (cube >> bits & mask) >> 1 << (bits - 1) | (cube & mask) >> 1;
   return list = Rivals(CoarseList(around, bits - 1), CornersOf(cube, bits));
 }
 

@@ -13,7 +13,7 @@ namespace glib {
 // Cells that one entry of a palette stands for. Sums are weighted by the counts of the cells.
 struct ColorGroup {
   std::int64_t count = 0;
-  std::array<std::int64_t, 3> sum{};    // of the means
+  std::array<std::int64_t, 3> sum{};     // of the means
   std::array<std::int64_t, 3> places{};  // of the places
 
   void Add(const ColorCell& cell) {

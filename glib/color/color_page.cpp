@@ -49,9 +49,7 @@ std::size_t ReadEveryNthColor(const ColorPage& page, std::uint32_t y, std::size_
       });
       break;
     case 24:
-      count = Walk(width, first, step, colors, [&](std::size_t x) {
-        return Word24(row, x, width);
-      });
+      count = Walk(width, first, step, colors, [&](std::size_t x) { return Word24(row, x, width); });
       break;
     default:
       count = Walk(width, first, step, colors,

@@ -32,9 +32,7 @@ class ColorSpace {
   // Rises with the value of the channel (0 red, 1 green, 2 blue).
   std::int16_t Axis(std::size_t channel, std::size_t fineValue) const { return axes_[channel][fineValue]; }
 
-  Place PlaceOf(const FineColor& color) const {
-    return {Axis(0, color[0]), Axis(1, color[1]), Axis(2, color[2])};
-  }
+  Place PlaceOf(const FineColor& color) const { return {Axis(0, color[0]), Axis(1, color[1]), Axis(2, color[2])}; }
 
  private:
   std::array<std::array<std::int16_t, kFineMax + 1>, 3> axes_;

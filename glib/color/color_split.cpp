@@ -125,9 +125,9 @@ std::vector<ColorGroup> SplitCells(std::vector<ColorCell>& cells, std::size_t wa
     const Box box = boxes.back();
     const Bins bins(box);
     const Cut cut = BestCut(cells, box, bins);
-    const auto middle = std::partition(
-        cells.begin() + static_cast<std::ptrdiff_t>(box.begin), cells.begin() + static_cast<std::ptrdiff_t>(box.end),
-        [&](const ColorCell& cell) { return bins.Of(cell.place, cut.axis) <= cut.bin; });
+    const auto middle = std::partition(cells.begin() + static_cast<std::ptrdiff_t>(box.begin),
+                                       cells.begin() + static_cast<std::ptrdiff_t>(box.end),
+                                       [&](const ColorCell& cell) { return bins.Of(cell.place, cut.axis) <= cut.bin; });
     const auto half = static_cast<std::size_t>(middle - cells.begin());
     boxes.back() = Measure(cells, box.begin, half);
     std::push_heap(boxes.begin(), boxes.end(), less);

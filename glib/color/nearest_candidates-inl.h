@@ -56,8 +56,8 @@ HWY_INLINE V PairDot(CandidateTag d, V a, V b) {
 
 template <class V>
 HWY_INLINE V KeysOf(CandidateTag d, const CandidateGroup& group, std::size_t i, V redGreen, V blue) {
-  const V dot = hn::Add(PairDot(d, hn::Load(d, group.redGreen + i), redGreen),
-                        PairDot(d, hn::Load(d, group.blue + i), blue));
+  const V dot =
+      hn::Add(PairDot(d, hn::Load(d, group.redGreen + i), redGreen), PairDot(d, hn::Load(d, group.blue + i), blue));
   return hn::Add(hn::ShiftLeft<8>(dot), hn::Load(d, group.base + i));
 }
 

@@ -24,8 +24,8 @@ class PaletteMapper {
   // At most 256 - firstIndex colours, in any order; without any, all pixels get index 0.
   PaletteMapper(std::span<const std::uint32_t> colors, const MapSettings& settings);
 
-  // Writes the page to `indices`, one a byte, rows without padding. Transparent pixels get index 0. Pixels whose byte in
-  // `held` (of the same shape; may be null) is not 0 keep what stands in `indices`. Neither takes error from its
+  // Writes the page to `indices`, one a byte, rows without padding. Transparent pixels get index 0. Pixels whose byte
+  // in `held` (of the same shape; may be null) is not 0 keep what stands in `indices`. Neither takes error from its
   // neighbours or passes any on.
   void Map(const ColorPage& page, const std::uint8_t* held, std::uint8_t* indices);
 
@@ -33,6 +33,7 @@ class PaletteMapper {
   void Dither(const ColorPage& page, const std::uint8_t* held, std::uint8_t* indices);
 
   MapSettings settings_;
+  std::uint32_t firstIndex_;
   std::vector<std::uint32_t> colors_;
   CandidateLists lists_;
 };

@@ -69,9 +69,9 @@ Picture TestPicture(const benchmark::State& state) {
 }
 
 void SetRate(benchmark::State& state, const Picture& picture) {
-  state.counters["Mpixel/s"] = benchmark::Counter(
-      static_cast<double>(picture.words.size()) * static_cast<double>(state.iterations()) / 1e6,
-      benchmark::Counter::kIsRate);
+  state.counters["Mpixel/s"] =
+      benchmark::Counter(static_cast<double>(picture.words.size()) * static_cast<double>(state.iterations()) / 1e6,
+                         benchmark::Counter::kIsRate);
 }
 
 void Build(benchmark::State& state, bool dither) {
@@ -79,8 +79,7 @@ void Build(benchmark::State& state, bool dither) {
   const glib::ColorPage page = picture.Page();
   for (auto _ : state) {
     benchmark::DoNotOptimize(glib::BuildAdaptivePalette(
-        std::span(&page, 1),
-        {static_cast<std::size_t>(state.range(1)), glib::PaletteLevel::kDefault, false, dither}));
+        std::span(&page, 1), {static_cast<std::size_t>(state.range(1)), glib::PaletteLevel::kDefault, false, dither}));
   }
   SetRate(state, picture);
 }

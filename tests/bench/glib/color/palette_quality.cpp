@@ -56,8 +56,7 @@ void Reduce(Picture& picture, std::size_t colors, bool dither, int quantize) {
                              32,
                              nullptr};
   const glib::PaletteLevel level = glib::PaletteLevelOf(quantize);
-  const glib::AdaptivePalette palette =
-      glib::BuildAdaptivePalette(std::span(&page, 1), {colors, level, false, dither});
+  const glib::AdaptivePalette palette = glib::BuildAdaptivePalette(std::span(&page, 1), {colors, level, false, dither});
   glib::PaletteMapper mapper(palette.colors, {0, level, false, dither && !palette.exact});
   std::vector<std::uint8_t> indices(words.size());
   mapper.Map(page, nullptr, indices.data());
@@ -90,8 +89,8 @@ Plane Blur(const Plane& plane, std::size_t width, std::size_t height) {
       for (std::size_t i = 0; i < count; ++i) {
         float sum = 0;
         for (int k = -kRadius; k <= kRadius; ++k) {
-          const auto at = std::clamp<std::ptrdiff_t>(static_cast<std::ptrdiff_t>(i) + k, 0,
-                                                     static_cast<std::ptrdiff_t>(count) - 1);
+          const auto at =
+              std::clamp<std::ptrdiff_t>(static_cast<std::ptrdiff_t>(i) + k, 0, static_cast<std::ptrdiff_t>(count) - 1);
           sum += kernel[k + kRadius] * in[line * next + static_cast<std::size_t>(at) * stride];
         }
         out[line * next + i * stride] = sum / total;
