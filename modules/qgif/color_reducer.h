@@ -1,10 +1,13 @@
 #ifndef MODULES_QGIF_COLOR_REDUCER_H_
 #define MODULES_QGIF_COLOR_REDUCER_H_
 
+#include <array>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <vector>
 
+#include "glib/color/palette_mapper.h"
 #include "modules/common/page_builder.h"
 #include "modules/qgif/page_pixels.h"
 
@@ -13,6 +16,7 @@ namespace qgif {
 struct ReducerSettings {
   std::uint32_t maxEntries = 256;  // 2 to 256, the transparent one included
   bool dither = false;
+  std::int32_t level = 0;  // of the palette: 1 fast, 8 best, 9 by the eye's measure, others the default
 };
 
 // Pages that have more colours than a table holds, brought to one palette.
@@ -30,9 +34,8 @@ class ColorReducer {
 
  private:
   PixelView view_;
-  ReducerSettings settings_;
-  bool transparent_;
   std::vector<std::uint32_t> entries_;
+  std::unique_ptr<glib::PaletteMapper> mapper_;
 };
 
 }  // namespace qgif

@@ -37,7 +37,10 @@ WriteSettings ReadSettings(const glib::BaseFormatDesc& desc) {
   WriteSettings settings;
   settings.view.grayscale = desc.grayscale != 0;
   settings.view.transparentIndex = gif->transparentIndex;
-  settings.reducer.maxEntries = static_cast<std::uint32_t>(std::clamp(gif->paletteItems, 2, 256));
+  // 0 is a number that nobody set.
+  const std::int32_t items = gif->paletteItems == 0 ? 256 : gif->paletteItems;
+  settings.reducer.maxEntries = static_cast<std::uint32_t>(std::clamp(items, 2, 256));
+  settings.reducer.level = std::max(desc.quantize, 0) % 10;
   settings.reducer.dither = desc.dither != 0;
   settings.interlaced = gif->interlace != 0;
   settings.changesOnly = gif->nfi != 0;
