@@ -13,10 +13,14 @@ std::uint32_t Gray(std::uint32_t color) {
   return kOpaqueAlpha | level * 0x010101U;
 }
 
-// Three bytes and the first of the next pixel, which only the last pixel of a row hasn't.
+// Three bytes are read with the one behind them, which only the last pixel of a row hasn't.
 std::uint32_t Word24(const std::uint8_t* row, std::size_t x, std::size_t width) {
-  std::uint32_t word = 0;
-  std::memcpy(&word, row + x * 3, x + 1 < width ? 4 : 3);
+  const std::uint8_t* at = row + x * 3;
+  if (x + 1 == width) {
+    return at[0] | std::uint32_t{at[1]} << 8 | std::uint32_t{at[2]} << 16 | kOpaqueAlpha;
+  }
+  std::uint32_t word;
+  std::memcpy(&word, at, sizeof(word));
   return word | kOpaqueAlpha;
 }
 
