@@ -12,9 +12,9 @@ namespace glib {
 class ColorTree;
 
 // Maps pixels to the entries of a reduced colour tree of up to kCellLevels levels, with the same result as
-// ColorTree::FindColor. Within one cell that search always looks at the same entries, so a cell holds an index where
-// one entry wins for all its colours, a table of all its colours where it has many pixels, and else the entries to
-// look through.
+// ColorTree::FindColor. Within one cell of the tree that search always looks at the same entries. So each box of 8
+// values a channel holds an index where one entry wins throughout, or a table of the indices of all its colours, or,
+// where it has too few pixels for a table to pay, the entries to look through.
 class CellMap {
  public:
   // The tree and its palette must outlive the map.
@@ -26,11 +26,13 @@ class CellMap {
   void MapRow(const std::uint8_t* pixels, std::uint32_t width, std::uint8_t* dest) const;
 
  private:
+  void FillBox(std::uint32_t box, const std::int32_t* low, std::uint32_t first, std::uint32_t count,
+               std::uint32_t tablePlace);
   template <std::size_t kBytes>
   void MapPixels(const std::uint8_t* pixels, std::uint32_t width, std::uint8_t* dest) const;
 
   const ColorTree& tree_;
-  std::unique_ptr<std::uint32_t[]> cells_;
+  std::unique_ptr<std::uint32_t[]> boxes_;
   std::unique_ptr<std::uint8_t[]> tables_;
 };
 

@@ -80,6 +80,11 @@ void ColorCells::Add(const std::uint8_t* pixels, std::size_t count, std::uint32_
   }
 }
 
+std::uint32_t ColorCells::Count(std::uint32_t cell) const {
+  return totals_[cell].count +
+         static_cast<std::uint32_t>((packed_[0][cell] >> kCountShift) + (packed_[1][cell] >> kCountShift));
+}
+
 ColorSums ColorCells::Sums(std::uint32_t cell) const {
   ColorSums sums = totals_[cell];
   AddPacked(sums, packed_[0][cell], cell);

@@ -50,6 +50,7 @@ class ColorCells {
   void Add(const std::uint8_t* pixels, std::size_t count, std::uint32_t pixelBytes);
 
   ColorSums Sums(std::uint32_t cell) const;
+  std::uint32_t Count(std::uint32_t cell) const;
 
  private:
   template <std::size_t kBytes>

@@ -23,14 +23,6 @@ void PutSmallPixel(std::uint8_t* row, std::uint32_t x, std::uint32_t bits, std::
   row[bit / 8] = static_cast<std::uint8_t>((row[bit / 8] & ~mask) | value << shift);
 }
 
-void CopyPixel(const std::uint8_t* from, std::uint32_t fromX, std::uint8_t* to, std::uint32_t toX, std::uint32_t bits) {
-  if (bits >= 8) {
-    std::memcpy(to + std::size_t{toX} * (bits / 8), from + std::size_t{fromX} * (bits / 8), bits / 8);
-  } else {
-    PutSmallPixel(to, toX, bits, SmallPixel(from, fromX, bits));
-  }
-}
-
 template <std::size_t kBytes>
 void MirrorPixels(std::uint8_t* row, std::uint32_t width) {
   std::uint8_t* left = row;
@@ -49,15 +41,13 @@ void MirrorRow(std::uint8_t* row, std::uint32_t width, std::uint32_t bits) {
   }
 }
 
-// Pixels `column` of the waiting rows, one below the other, to a row of the page; `step` is 1 or -1 pixels.
+// One pixel of each of `rows` rows, which are `step` bytes apart, to neighbouring pixels. `from` may be read one byte
+// past its pixels.
 template <std::size_t kBytes>
-void TurnColumn(const std::uint8_t* from, std::size_t stride, std::uint32_t rows, std::uint8_t* to, bool backwards) {
-  const auto step = backwards ? -static_cast<std::ptrdiff_t>(kBytes) : static_cast<std::ptrdiff_t>(kBytes);
-  for (; rows != 0; --rows) {
-    std::memcpy(to, from, kBytes);
-    from += stride;
-    to += step;
-  }
+void TurnColumn(const std::uint8_t* from, std::ptrdiff_t step, std::uint32_t rows, std::uint8_t* to) {
+  // Three bytes cost two stores, four cost one; the next pixel puts the fourth right.
+  for (; kBytes == 3 && rows > 1; --rows, from += step, to += kBytes) std::memcpy(to, from, 4);
+  for (; rows != 0; --rows, from += step, to += kBytes) std::memcpy(to, from, kBytes);
 }
 
 }  // namespace
@@ -71,7 +61,7 @@ UprightRows::UprightRows(Page& page, std::uint32_t orientation)
   // An odd number of cache lines, so that a column of the buffer spreads over all sets of the cache.
   const std::size_t lines = (glib::PaddedStride(storedWidth_, static_cast<std::size_t>(page.bits)) + 63) / 64;
   waitingStride_ = (lines | 1) * 64;
-  buffer_ = std::make_unique<std::uint8_t[]>(waitingStride_ * kRowsWaiting);
+  buffer_ = std::make_unique<std::uint8_t[]>(waitingStride_ * kRowsWaiting + 1);
 }
 
 std::uint8_t* UprightRows::NextRow() {
@@ -95,26 +85,27 @@ void UprightRows::TurnWaiting() {
   const auto bits = static_cast<std::uint32_t>(page_.bits);
   const bool upwards = orientation_ == 7 || orientation_ == 8;    // stored columns become rows from the bottom
   const bool backwards = orientation_ == 6 || orientation_ == 7;  // stored rows become columns from the right
-  const std::uint32_t firstRow = rowsDone_ - waiting_;
-  const std::uint32_t firstColumn = backwards ? storedHeight_ - 1 - firstRow : firstRow;
-  for (std::uint32_t x = 0; x < storedWidth_; ++x) {
-    std::uint8_t* to = Row(page_, upwards ? storedWidth_ - 1 - x : x);
-    const std::uint8_t* from = buffer_.get();
+  const std::uint32_t column = backwards ? storedHeight_ - rowsDone_ : rowsDone_ - waiting_;
+  // Columns are filled from the left, whichever way that goes through the waiting rows.
+  const std::uint8_t* firstRow = buffer_.get() + (backwards ? (waiting_ - 1) * waitingStride_ : 0);
+  const auto stride = static_cast<std::ptrdiff_t>(waitingStride_);
+  const std::ptrdiff_t step = backwards ? -stride : stride;
+  for (std::size_t x = 0; x < storedWidth_; ++x) {
+    const auto row = static_cast<std::uint32_t>(x);
+    std::uint8_t* to = Row(page_, upwards ? storedWidth_ - 1 - row : row);
     switch (bits) {
       case 8:
-        TurnColumn<1>(from + x, waitingStride_, waiting_, to + firstColumn, backwards);
+        TurnColumn<1>(firstRow + x, step, waiting_, to + column);
         break;
       case 24:
-        TurnColumn<3>(from + std::size_t{x} * 3, waitingStride_, waiting_, to + std::size_t{firstColumn} * 3,
-                      backwards);
+        TurnColumn<3>(firstRow + x * 3, step, waiting_, to + std::size_t{column} * 3);
         break;
       case 32:
-        TurnColumn<4>(from + std::size_t{x} * 4, waitingStride_, waiting_, to + std::size_t{firstColumn} * 4,
-                      backwards);
+        TurnColumn<4>(firstRow + x * 4, step, waiting_, to + std::size_t{column} * 4);
         break;
       default:
         for (std::uint32_t i = 0; i < waiting_; ++i) {
-          CopyPixel(from + i * waitingStride_, x, to, backwards ? firstColumn - i : firstColumn + i, bits);
+          PutSmallPixel(to, column + i, bits, SmallPixel(firstRow + i * step, row, bits));
         }
     }
   }

@@ -73,11 +73,17 @@ class RowMaker {
   bool FitsInPlace() const { return (layout_.IsIndexed() && layout_.bits != 2) || IsPlainRgb(); }
 
  private:
-  bool IsPlainRgb() const {
-    if (layout_.colours != TiffColours::kRgb || layout_.separate || layout_.bits != 8) return false;
-    if (layout_.format != SAMPLEFORMAT_UINT && layout_.format != SAMPLEFORMAT_VOID) return false;
+  // Samples in an order that is that of the page but for red and blue.
+  bool HasPageSamples() const {
+    if (layout_.colours != TiffColours::kRgb) return false;
     if (layout_.alpha == TiffAlpha::kNone) return layout_.samples == 3;
-    return layout_.alpha == TiffAlpha::kStraight && layout_.samples == 4;
+    return layout_.samples == 4 && layout_.alphaSample == 3;
+  }
+
+  bool IsPlainRgb() const {
+    const bool bytes = layout_.format == SAMPLEFORMAT_UINT || layout_.format == SAMPLEFORMAT_VOID;
+    return HasPageSamples() && bytes && layout_.bits == 8 && !layout_.separate &&
+           layout_.alpha != TiffAlpha::kMultiplied;
   }
 
   void SwapColours(const std::uint8_t* from, std::uint8_t* to) const {
@@ -105,7 +111,16 @@ class RowMaker {
     }
   }
 
+  // Sixteen bits that need nothing but to become eight.
+  bool IsPlainWords() const {
+    const bool simple = layout_.colours == TiffColours::kGray || layout_.colours == TiffColours::kRgb ||
+                        layout_.colours == TiffColours::kInks;
+    return simple && layout_.bits == 16 && layout_.format == SAMPLEFORMAT_UINT && !layout_.separate &&
+           layout_.alpha != TiffAlpha::kMultiplied;
+  }
+
   void Unpack(const TiffBands& bands, std::uint32_t rowInBand) {
+    if (IsPlainWords()) return ReduceWords(bands.PlaneRow(0, rowInBand), bytes_.size(), bytes_.data());
     if (!layout_.separate) {
       UnpackSamples(bands.PlaneRow(0, rowInBand), samples_.size(), layout_, samples_.data(), 1);
     }
@@ -118,6 +133,7 @@ class RowMaker {
   }
 
   void Colour(std::uint8_t* target) const {
+    if (HasPageSamples()) return SwapColours(bytes_.data(), target);
     const std::uint32_t* raw = samples_.data();
     const std::uint8_t* bytes = bytes_.data();
     const std::size_t step = pageBits_ / 8;

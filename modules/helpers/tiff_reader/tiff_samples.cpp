@@ -17,6 +17,9 @@ Number Load(const std::uint8_t* bytes, std::size_t index) {
   return number;
 }
 
+// (sample * 255 + 32767) / 65535 without the division, equal for all 65536 samples.
+std::uint8_t HighByte(std::uint32_t sample) { return static_cast<std::uint8_t>((sample * 255 + 32895) >> 16); }
+
 double HalfToDouble(std::uint16_t half) {
   const int exponent = half >> 10 & 31;
   const int fraction = half & 1023;
@@ -118,12 +121,16 @@ void ReduceSamples(const std::uint32_t* samples, std::size_t count, std::uint32_
   if (full == 255) {
     for (std::size_t i = 0; i < count; ++i) bytes[i] = static_cast<std::uint8_t>(samples[i]);
   } else if (full == 65535) {
-    for (std::size_t i = 0; i < count; ++i) bytes[i] = static_cast<std::uint8_t>((samples[i] * 255 + 32767) / 65535);
+    for (std::size_t i = 0; i < count; ++i) bytes[i] = HighByte(samples[i]);
   } else {
     for (std::size_t i = 0; i < count; ++i) {
       bytes[i] = static_cast<std::uint8_t>((std::uint64_t{samples[i]} * 255 + full / 2) / full);
     }
   }
+}
+
+void ReduceWords(const std::uint8_t* row, std::size_t count, std::uint8_t* bytes) {
+  for (std::size_t i = 0; i < count; ++i) bytes[i] = HighByte(Load<std::uint16_t>(row, i));
 }
 
 void InkPixel(const std::uint8_t* inks, std::uint8_t* pixel) {

@@ -1,8 +1,11 @@
 #include "glib/color/quantize.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -187,6 +190,24 @@ TEST(QuantizeByHand, AllGreysNeedNoTree) {
   EXPECT_EQ(0xFF4C4C4C, block.palette[76]);
 }
 
+#ifndef __SANITIZE_ADDRESS__  // which needs more memory than this allows
+TEST(QuantizeDeathTest, NoMemoryForNodesEndsTheProgram) {
+  RasterBlock block;
+  color_rasters::Make({24, 600, 500, Texture::kNoise}, block);
+  block.treeDepth = 8;
+  const auto reduce = [&block] {
+    std::size_t pages = 0;
+    std::FILE* status = std::fopen("/proc/self/statm", "r");
+    if (status == nullptr || std::fscanf(status, "%zu", &pages) != 1) std::exit(2);
+    std::fclose(status);
+    const rlimit limit = {pages * 4096 + (8U << 20), RLIM_INFINITY};
+    if (setrlimit(RLIMIT_AS, &limit) != 0) std::exit(2);
+    Quantize(block, 256, true);
+  };
+  EXPECT_EXIT(reduce(), testing::ExitedWithCode(1), "^Unable to quantize image, Memory allocation failed\n$");
+}
+#endif
+
 TEST(QuantizeByHand, RefusesAndLeavesTheBlock) {
   RasterBlock block;
   MakeRow({0x010203}, block);
@@ -206,6 +227,27 @@ TEST(QuantizeByHand, RefusesAndLeavesTheBlock) {
   block.bits = 24;
   block.height = 0;
   EXPECT_EQ(kQuantizeFailed, Quantize(block, 16, true));
+}
+
+// Of a source with indices 0 to 3 only the dark ones become black: the mean of the bytes, cut, is below 127.
+TEST(QuantizeByHand, IndicesToBlackAndWhite) {
+  for (const std::int32_t bits : {4, 8}) {
+    RasterBlock block;
+    color_rasters::Make({bits, 4, 1}, block);
+    const std::uint8_t nibbles[] = {0x01, 0x23};
+    const std::uint8_t bytes[] = {0, 1, 2, 3};
+    std::copy_n(bits == 4 ? nibbles : bytes, bits == 4 ? 2 : 4, block.pixels);
+    block.palette[0] = 0x7E7F7F;  // a sum of 380
+    block.palette[1] = 0x7F7F7F;  // 381
+    block.palette[2] = 0x000000;
+    block.palette[3] = 0xFF00FF;
+    block.ditherOnReduce = 0;
+    block.grayscale = 1;
+    EXPECT_EQ(2U, Quantize(block, 2, true));
+    EXPECT_EQ(0xFFFFFFFF, block.palette[0]);
+    EXPECT_EQ(0xFF000000, block.palette[1]);
+    EXPECT_EQ(std::vector<std::uint8_t>({1, 0, 1, 0}), std::vector<std::uint8_t>(block.pixels, block.pixels + 4));
+  }
 }
 
 TEST(QuantizeByHand, ForeignPixelsAreNotFreed) {

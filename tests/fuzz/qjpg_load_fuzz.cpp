@@ -1,0 +1,9 @@
+#include "modules/common/entries.h"
+#include "tests/fuzz/fuzz_exchange.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  fuzz::Exchange exchange;
+  exchange.sourceSize = static_cast<std::uint32_t>(size);
+  exchange.Check(LoadImageData(reinterpret_cast<const char*>(data), &exchange, nullptr));
+  return 0;
+}
