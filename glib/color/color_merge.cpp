@@ -43,11 +43,27 @@ namespace glib {
 namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
+using CostTag = hn::CappedTag<float, GroupColumns::kPadding>;
+using IndexTag = hn::RebindToSigned<CostTag>;
+
+// The least of all lanes, at a tie the one of the first group.
+HWY_INLINE Partner FirstOfLeast(hn::Vec<CostTag> least, hn::Vec<IndexTag> best) {
+  HWY_ALIGN float costs[GroupColumns::kPadding];
+  HWY_ALIGN std::int32_t groups[GroupColumns::kPadding];
+  hn::Store(least, CostTag(), costs);
+  hn::Store(best, IndexTag(), groups);
+  std::size_t lane = 0;
+  for (std::size_t k = 1; k < hn::Lanes(CostTag()); ++k) {
+    if (costs[k] < costs[lane] || (costs[k] == costs[lane] && groups[k] < groups[lane])) lane = k;
+  }
+  return {costs[lane], static_cast<std::uint32_t>(groups[lane])};
+}
+
 // The partner among `size` groups that group `i` merges with at the least cost, at a tie the first. The arithmetic is
 // the same in every lane, whatever their number.
 Partner CheapestPartner(GroupColumns& columns, std::size_t size, std::size_t i) {
-  const hn::CappedTag<float, GroupColumns::kPadding> d;
-  const hn::RebindToSigned<decltype(d)> dIndex;
+  const CostTag d;
+  const IndexTag dIndex;
   const auto ownCount = hn::Set(d, columns.count[i]);
   const auto red = hn::Set(d, columns.at[0][i]);
   const auto green = hn::Set(d, columns.at[1][i]);
@@ -70,15 +86,23 @@ Partner CheapestPartner(GroupColumns& columns, std::size_t size, std::size_t i) 
   }
   columns.count[i] = kept;
 
-  HWY_ALIGN float costs[GroupColumns::kPadding];
-  HWY_ALIGN std::int32_t groups[GroupColumns::kPadding];
-  hn::Store(least, d, costs);
-  hn::Store(best, dIndex, groups);
-  std::size_t lane = 0;
-  for (std::size_t k = 1; k < hn::Lanes(d); ++k) {
-    if (costs[k] < costs[lane] || (costs[k] == costs[lane] && groups[k] < groups[lane])) lane = k;
+  return FirstOfLeast(least, best);
+}
+
+// The place of the least of `size` costs, at a tie the first. Costs are followed by as many that are infinite as a
+// vector has.
+std::size_t CheapestOf(const float* costs, std::size_t size) {
+  const CostTag d;
+  const IndexTag dIndex;
+  auto least = hn::Set(d, std::numeric_limits<float>::infinity());
+  auto best = hn::Zero(dIndex);
+  for (std::size_t j = 0; j < size; j += hn::Lanes(d)) {
+    const auto cost = hn::LoadU(d, costs + j);
+    const auto cheaper = hn::Lt(cost, least);
+    least = hn::IfThenElse(cheaper, cost, least);
+    best = hn::IfThenElse(hn::RebindMask(dIndex, cheaper), hn::Iota(dIndex, static_cast<std::int32_t>(j)), best);
   }
-  return {costs[lane], static_cast<std::uint32_t>(groups[lane])};
+  return FirstOfLeast(least, best).group;
 }
 
 }  // namespace HWY_NAMESPACE
@@ -89,6 +113,7 @@ HWY_AFTER_NAMESPACE();
 namespace glib {
 
 HWY_EXPORT(CheapestPartner);
+HWY_EXPORT(CheapestOf);
 
 namespace {
 
@@ -101,7 +126,7 @@ class Pairs {
   explicit Pairs(const std::vector<ColorGroup>& groups)
       : groups_(groups),
         columns_(groups.size()),
-        costs_(groups.size()),
+        costs_(groups.size() + GroupColumns::kPadding, std::numeric_limits<float>::infinity()),
         partners_(groups.size()),
         stale_(groups.size()) {
     for (std::size_t i = 0; i < groups_.size(); ++i) FillColumns(i);
@@ -110,7 +135,7 @@ class Pairs {
 
   void MergeCheapest() {
     for (;;) {
-      const auto i = static_cast<std::size_t>(std::min_element(costs_.begin(), costs_.end()) - costs_.begin());
+      const std::size_t i = HWY_DYNAMIC_DISPATCH(CheapestOf)(costs_.data(), groups_.size());
       if (!stale_[i]) return Merge(std::min(i, partners_[i]), std::max(i, partners_[i]));
       FindPartner(i);
     }
@@ -147,7 +172,7 @@ class Pairs {
     partners_[j] = partners_[last];
     stale_[j] = stale_[last];
     groups_.pop_back();
-    costs_.pop_back();
+    costs_[last] = std::numeric_limits<float>::infinity();
     partners_.pop_back();
     stale_.pop_back();
     for (std::size_t k = 0; k < groups_.size(); ++k) {
@@ -159,7 +184,7 @@ class Pairs {
 
   std::vector<ColorGroup> groups_;
   GroupColumns columns_;
-  std::vector<float> costs_;
+  std::vector<float> costs_;  // with padding
   std::vector<std::size_t> partners_;
   std::vector<std::uint8_t> stale_;
 };
