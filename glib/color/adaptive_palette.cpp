@@ -91,7 +91,10 @@ AdaptivePalette BuildAdaptivePalette(std::span<const ColorPage> pages, const Pal
   for (std::size_t i = 0; i < entries.size(); ++i) counted[i].color = ColorOf(entries[i]);
   std::vector<std::uint8_t> nearest(cells.size());
   AssignCells(cells, space, entries, nearest.data());
-  for (std::size_t i = 0; i < cells.size(); ++i) counted[nearest[i]].count += cells[i].count;
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    std::uint32_t& count = counted[nearest[i]].count;
+    count += std::min(cells[i].count, std::numeric_limits<std::uint32_t>::max() - count);
+  }
   AdaptivePalette palette{ColorsByCount(std::move(counted)), false};
   if (settings.dither) {
     MoveToDitherTargets(pages, settings.grayscale, MeasureOf(settings.level), effort.feedbackStep, palette.colors);

@@ -1,25 +1,164 @@
 #include "glib/color/candidate_lists.h"
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
-#include <numeric>
 
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "glib/color/candidate_lists.cpp"
+#include "hwy/foreach_target.h"
+//
+#include "hwy/highway.h"
+
+#ifndef GLIB_COLOR_CANDIDATE_LISTS_CPP_ONCE_
+#define GLIB_COLOR_CANDIDATE_LISTS_CPP_ONCE_
+namespace glib {
+namespace {
+
+// Room for the entries that stay, in columns.
+struct Rivals {
+  alignas(64) std::int32_t axes[3][CandidateLists::Columns::kCapacity];
+  alignas(64) std::int32_t numbers[CandidateLists::Columns::kCapacity];
+  std::size_t count;
+};
+
+}  // namespace
+}  // namespace glib
+#endif  // GLIB_COLOR_CANDIDATE_LISTS_CPP_ONCE_
+
+HWY_BEFORE_NAMESPACE();
+namespace glib {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+// The entries that may be nearest to a colour of the cube.
+void FindRivals(const CandidateLists::Columns& entries, const CandidateLists::Cube& cube, Rivals& rivals) {
+  const hn::CappedTag<std::int32_t, 16> d;
+  using V = hn::Vec<decltype(d)>;
+  const std::size_t lanes = hn::Lanes(d);
+  // First those not farther from the nearest corner than some entry is from the farthest.
+  HWY_ALIGN std::int32_t nearest[CandidateLists::Columns::kCapacity];
+  V bound = hn::Set(d, std::numeric_limits<std::int32_t>::max());
+  for (std::size_t i = 0; i < entries.count; i += lanes) {
+    V near = hn::Zero(d);
+    V far = hn::Zero(d);
+    for (std::size_t k = 0; k < 3; ++k) {
+      const V entry = hn::LoadU(d, entries.axes[k] + i);
+      const V below = hn::Sub(hn::Set(d, cube.low[k]), entry);
+      const V above = hn::Sub(entry, hn::Set(d, cube.high[k]));
+      const V inner = hn::Max(hn::Zero(d), hn::Max(below, above));
+      const V outer = hn::Min(below, above);
+      near = hn::Add(near, hn::Mul(inner, inner));
+      far = hn::Add(far, hn::Mul(outer, outer));
+    }
+    hn::Store(near, d, nearest + i);
+    bound = hn::Min(bound, far);
+  }
+  const V beyond = hn::Add(hn::MinOfLanes(d, bound), hn::Set(d, 1));
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < entries.count; i += lanes) {
+    const auto stays = hn::Lt(hn::Load(d, nearest + i), beyond);
+    if (hn::AllFalse(d, stays)) continue;
+    for (std::size_t k = 0; k < 3; ++k) {
+      hn::CompressStore(hn::LoadU(d, entries.axes[k] + i), stays, d, rivals.axes[k] + count);
+    }
+    count += hn::CompressStore(hn::LoadU(d, entries.numbers + i), stays, d, rivals.numbers + count);
+  }
+  rivals.count = count;
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace glib
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
 namespace glib {
 
+HWY_EXPORT(FindRivals);
+
+namespace {
+
+constexpr std::int32_t kNowhere = 15000;  // 3 x 15000 squared fits 32 bits
+
+Place PlaceAt(const Rivals& rivals, std::size_t i) {
+  return {static_cast<std::int16_t>(rivals.axes[0][i]), static_cast<std::int16_t>(rivals.axes[1][i]),
+          static_cast<std::int16_t>(rivals.axes[2][i])};
+}
+
+// Drops entries that the one nearest to the middle beats everywhere in the cube. The difference of two squared
+// distances is linear, so that one corner decides.
+void DropBeaten(const CandidateLists::Cube& cube, Rivals& rivals) {
+  std::size_t best = 0;
+  std::int32_t least = std::numeric_limits<std::int32_t>::max();
+  for (std::size_t i = 0; i < rivals.count; ++i) {
+    std::int32_t toMiddle = 0;
+    for (std::size_t k = 0; k < 3; ++k) {
+      const std::int32_t twice = 2 * rivals.axes[k][i] - cube.low[k] - cube.high[k];
+      toMiddle += twice * twice;
+    }
+    if (toMiddle >= least) continue;
+    least = toMiddle;
+    best = i;
+  }
+  const Place winner = PlaceAt(rivals, best);
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < rivals.count; ++i) {
+    const Place other = PlaceAt(rivals, i);
+    std::int32_t most = 0;  // squared distance of the winner less that of the other, at the corner best for the other
+    for (std::size_t k = 0; k < 3; ++k) {
+      const std::int32_t corner = other[k] > winner[k] ? cube.high[k] : cube.low[k];
+      most += (winner[k] - other[k]) * (winner[k] + other[k] - 2 * corner);
+    }
+    for (std::size_t k = 0; k < 3; ++k) rivals.axes[k][count] = other[k];
+    rivals.numbers[count] = rivals.numbers[i];
+    count += most < 0 ? 0 : 1;
+  }
+  rivals.count = count;
+}
+
+std::size_t Padded(std::size_t count) {
+  constexpr std::size_t kAlign = 16;
+  return (count + kAlign - 1) / kAlign * kAlign;
+}
+
+// Appends the columns of a list to the pool and gives their place.
+std::uint32_t StoreColumns(const Rivals& rivals, std::vector<std::int32_t>& pool) {
+  const std::size_t first = pool.size();
+  const std::size_t length = Padded(rivals.count);
+  pool.resize(first + 4 * length, kNowhere);
+  for (std::size_t k = 0; k < 4; ++k) {
+    const std::int32_t* column = k < 3 ? rivals.axes[k] : rivals.numbers;
+    std::copy(column, column + rivals.count, pool.begin() + static_cast<std::ptrdiff_t>(first + k * length));
+  }
+  return static_cast<std::uint32_t>(first);
+}
+
+}  // namespace
+
 CandidateLists::CandidateLists(std::span<const std::uint32_t> colors, std::uint32_t firstIndex, ColorMeasure measure)
-    : firstIndex_(firstIndex), all_(colors.size()), lists_(std::size_t{1} << 3 * kBits) {
+    : entries_((colors.size() + CandidateGroup::kSize - 1) / CandidateGroup::kSize),
+      lists_(std::size_t{1} << 3 * kBits) {
   const ColorSpace space(measure);
-  for (const std::uint32_t color : colors) entries_.push_back(space.PlaceOf(FineOf(color)));
   for (std::uint32_t level = 0; level < 256; ++level) {
     const Place place = space.PlaceOf(FineOf(level * 0x010101U));
     red_[level] = PairOf(place[0], 0);
     green_[level] = PairOf(0, place[1]);
     blue_[level] = place[2];
   }
-  std::iota(all_.begin(), all_.end(), std::uint8_t{0});
+  Rivals all;
+  all.count = colors.size();
+  for (std::size_t i = 0; i < colors.size(); ++i) {
+    const Place place = space.PlaceOf(FineOf(colors[i]));
+    entries_[i / CandidateGroup::kSize].Set(i % CandidateGroup::kSize, place,
+                                            static_cast<std::uint32_t>(i) + firstIndex);
+    for (std::size_t k = 0; k < 3; ++k) all.axes[k][i] = place[k];
+    all.numbers[i] = static_cast<std::int32_t>(i);
+  }
+  all_ = {StoreColumns(all, pool_), static_cast<std::uint32_t>(all.count)};
   for (unsigned bits = kCoarsestBits; bits < kBits; ++bits) {
     coarse_[bits - kCoarsestBits].resize(std::size_t{1} << 3 * bits);
   }
+  groups_.reserve(4096);
 }
 
 CandidateLists::Cube CandidateLists::CornersOf(std::uint32_t cube, unsigned bits) const {
@@ -34,82 +173,46 @@ CandidateLists::Cube CandidateLists::CornersOf(std::uint32_t cube, unsigned bits
   return {place(first(0), first(1), first(2)), place(last(0), last(1), last(2))};
 }
 
-// Those not farther from the nearest corner than some entry is from the farthest.
-std::vector<std::uint8_t> CandidateLists::Rivals(std::span<const std::uint8_t> entries, const Cube& cube) const {
-  std::array<std::int32_t, 256> nearest;
-  std::int32_t bound = std::numeric_limits<std::int32_t>::max();
-  for (std::size_t i = 0; i < entries.size(); ++i) {
-    const Place& entry = entries_[entries[i]];
-    std::int32_t near = 0;
-    std::int32_t far = 0;
-    for (std::size_t k = 0; k < 3; ++k) {
-      const std::int32_t below = cube.low[k] - entry[k];
-      const std::int32_t above = entry[k] - cube.high[k];
-      const std::int32_t inner = std::max(0, std::max(below, above));
-      const std::int32_t outer = std::max(-below, -above);
-      near += inner * inner;
-      far += outer * outer;
-    }
-    nearest[i] = near;
-    bound = std::min(bound, far);
-  }
-  std::vector<std::uint8_t> rivals;
-  for (std::size_t i = 0; i < entries.size(); ++i) {
-    if (nearest[i] <= bound) rivals.push_back(entries[i]);
-  }
-  return rivals;
+CandidateLists::Columns CandidateLists::ColumnsOf(const Stored& stored) const {
+  const std::int32_t* first = pool_.data() + stored.first;
+  const std::size_t length = Padded(stored.count);
+  return {{first, first + length, first + 2 * length}, first + 3 * length, stored.count};
 }
 
-// Drops entries that the one nearest to the middle beats everywhere in the cube. The difference of two squared
-// distances is linear, so that one corner decides.
-void CandidateLists::DropBeaten(const Cube& cube, std::vector<std::uint8_t>& entries) const {
-  const auto toMiddle = [&](std::uint8_t entry) {
-    std::int32_t sum = 0;
-    for (std::size_t k = 0; k < 3; ++k) {
-      const std::int32_t twice = 2 * entries_[entry][k] - cube.low[k] - cube.high[k];
-      sum += twice * twice;
-    }
-    return sum;
-  };
-  const std::uint8_t best = *std::min_element(
-      entries.begin(), entries.end(), [&](std::uint8_t a, std::uint8_t b) { return toMiddle(a) < toMiddle(b); });
-  const Place& winner = entries_[best];
-  std::erase_if(entries, [&](std::uint8_t entry) {
-    const Place& other = entries_[entry];
-    std::int32_t most = 0;  // squared distance of the winner less that of the other, at the corner best for the other
-    for (std::size_t k = 0; k < 3; ++k) {
-      const std::int32_t corner = other[k] > winner[k] ? cube.high[k] : cube.low[k];
-      most += (winner[k] - other[k]) * (winner[k] + other[k] - 2 * corner);
-    }
-    return most < 0;
-  });
-}
-
-const std::vector<std::uint8_t>& CandidateLists::CoarseList(std::uint32_t cube, unsigned bits) {
-  std::vector<std::uint8_t>& list = coarse_[bits - kCoarsestBits][cube];
-  if (!list.empty()) return list;
-  if (bits == kCoarsestBits) return list = Rivals(all_, CornersOf(cube, bits));
-  const std::uint32_t mask = (1U << bits) - 1;
-  const std::uint32_t around =
-      (cube >> 2 * bits) >> 1 << 2 * (bits - 1) | (cube >> bits & mask) >> 1 << (bits - 1) | (cube & mask) >> 1;
-  return list = Rivals(CoarseList(around, bits - 1), CornersOf(cube, bits));
+// Valid until the next list is stored.
+CandidateLists::Columns CandidateLists::CoarseList(std::uint32_t cube, unsigned bits) {
+  if (bits < kCoarsestBits) return ColumnsOf(all_);
+  Stored& stored = coarse_[bits - kCoarsestBits][cube];
+  if (stored.count == 0) {
+    const std::uint32_t mask = (1U << bits) - 1;
+    const std::uint32_t around = (cube >> 2 * bits) >> 1 << 2 * (bits - 1) | (cube >> bits & mask) >> 1 << (bits - 1) |
+                                 (cube & mask) >> 1;
+    const Cube corners = CornersOf(cube, bits);
+    Rivals rivals;
+    HWY_DYNAMIC_DISPATCH(FindRivals)(CoarseList(around, bits - 1), corners, rivals);
+    DropBeaten(corners, rivals);
+    stored = {StoreColumns(rivals, pool_), static_cast<std::uint32_t>(rivals.count)};
+  }
+  return ColumnsOf(stored);
 }
 
 void CandidateLists::MakeList(std::uint32_t cube) {
   const std::uint32_t around = cube >> 11 << 8 | (cube >> 6 & 15U) << 4 | (cube >> 1 & 15U);
   const Cube corners = CornersOf(cube, kBits);
-  std::vector<std::uint8_t> entries = Rivals(CoarseList(around, kBits - 1), corners);
-  DropBeaten(corners, entries);
+  Rivals rivals;
+  HWY_DYNAMIC_DISPATCH(FindRivals)(CoarseList(around, kBits - 1), corners, rivals);
+  DropBeaten(corners, rivals);
 
   constexpr std::size_t kSize = CandidateGroup::kSize;
   const std::size_t first = groups_.size();
-  const std::size_t count = (entries.size() + kSize - 1) / kSize;
+  const std::size_t count = (rivals.count + kSize - 1) / kSize;
   groups_.resize(first + count);
   for (std::size_t i = 0; i < count * kSize; ++i) {
-    const std::uint8_t entry = entries[std::min(i, entries.size() - 1)];
-    groups_[first + i / kSize].Set(i % kSize, entries_[entry], entry + firstIndex_);
+    const auto entry = static_cast<std::size_t>(rivals.numbers[std::min(i, rivals.count - 1)]);
+    groups_[first + i / kSize].Copy(i % kSize, entries_[entry / kSize], entry % kSize);
   }
-  lists_[cube] = {static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(count)};
+  lists_[cube] = static_cast<std::uint32_t>(first << kCountBits | count);
 }
 
 }  // namespace glib
+#endif  // HWY_ONCE

@@ -26,8 +26,8 @@ class CandidateLists {
   };
   List ListOf(std::uint32_t color) {
     const std::uint32_t cube = CubeOf(color);
-    if (lists_[cube].count == 0) MakeList(cube);
-    return lists_[cube];
+    if (lists_[cube] == 0) MakeList(cube);
+    return {lists_[cube] >> kCountBits, lists_[cube] & ((1U << kCountBits) - 1)};
   }
   const CandidateGroup* Groups() const { return groups_.data(); }
 
@@ -35,33 +35,48 @@ class CandidateLists {
   std::int32_t RedGreen(std::uint32_t color) const { return red_[color >> 16 & 255U] | green_[color >> 8 & 255U]; }
   std::int32_t Blue(std::uint32_t color) const { return blue_[color & 255U]; }
 
- private:
-  static constexpr unsigned kBits = 5;
-  static constexpr unsigned kCoarsestBits = 3;
-
   // A cube of colours, as the places of its corners.
   struct Cube {
     Place low;
     Place high;
   };
 
+  // Entries in columns: the three axes of their places and their numbers. Columns are filled up to whole vectors with
+  // places that are far from all colours.
+  struct Columns {
+    static constexpr std::size_t kCapacity = 256 + 64;
+    const std::int32_t* axes[3];
+    const std::int32_t* numbers;
+    std::size_t count;
+  };
+
+ private:
+  static constexpr unsigned kBits = 5;
+  static constexpr unsigned kCoarsestBits = 3;
+  static constexpr unsigned kCountBits = 6;  // 256 entries are 32 groups; 2^15 such lists fit the rest
+
+  // Columns of one list in pool_, one behind the other.
+  struct Stored {
+    std::uint32_t first = 0;
+    std::uint32_t count = 0;  // 0: not made yet
+  };
+
   static std::uint32_t CubeOf(std::uint32_t color) {
     return (color >> 19 & 31U) << 10 | (color >> 11 & 31U) << 5 | (color >> 3 & 31U);
   }
   Cube CornersOf(std::uint32_t cube, unsigned bits) const;
-  const std::vector<std::uint8_t>& CoarseList(std::uint32_t cube, unsigned bits);
-  std::vector<std::uint8_t> Rivals(std::span<const std::uint8_t> entries, const Cube& cube) const;
-  void DropBeaten(const Cube& cube, std::vector<std::uint8_t>& entries) const;
+  Columns ColumnsOf(const Stored& stored) const;
+  Columns CoarseList(std::uint32_t cube, unsigned bits);
   void MakeList(std::uint32_t cube);
 
-  std::uint32_t firstIndex_;
-  std::vector<Place> entries_;
   std::array<std::int32_t, 256> red_;
   std::array<std::int32_t, 256> green_;
   std::array<std::int32_t, 256> blue_;
-  std::vector<std::uint8_t> all_;
-  std::array<std::vector<std::vector<std::uint8_t>>, 2> coarse_;  // of 3 and 4 bits a channel; empty: not made yet
-  std::vector<List> lists_;
+  std::vector<CandidateGroup> entries_;                    // all of them
+  Stored all_;                                             // the same as columns
+  std::array<std::vector<Stored>, kBits - kCoarsestBits> coarse_;  // of 3 and 4 bits a channel
+  std::vector<std::int32_t> pool_;
+  std::vector<std::uint32_t> lists_;  // place in groups_ and number of groups; 0: not made yet
   std::vector<CandidateGroup> groups_;
 };
 

@@ -1,7 +1,6 @@
 #include "glib/color/color_samples.h"
 
 #include <algorithm>
-#include <limits>
 
 namespace glib {
 namespace {
@@ -52,8 +51,7 @@ std::vector<ColorCell> CellsOf(std::span<const CountedColor> colors, const Color
   cells.reserve(colors.size());
   for (const CountedColor& counted : colors) {
     const FineColor mean = FineOf(counted.color);
-    const auto count = std::min<std::uint64_t>(counted.count, std::numeric_limits<std::uint32_t>::max());
-    cells.push_back({space.PlaceOf(mean), mean, static_cast<std::uint32_t>(count)});
+    cells.push_back({space.PlaceOf(mean), mean, counted.count});
   }
   return cells;
 }

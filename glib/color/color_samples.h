@@ -19,7 +19,7 @@ struct ColorCell {
   std::uint32_t count;
 };
 
-// One cell a colour. Counts above 32 bits are cut.
+// One cell a colour.
 std::vector<ColorCell> CellsOf(std::span<const CountedColor> colors, const ColorSpace& space);
 
 // The cells of a histogram with 6 bits a channel, over every n-th pixel of all pages so that there are about `samples`.

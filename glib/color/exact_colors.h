@@ -13,14 +13,14 @@ namespace glib {
 
 struct CountedColor {
   std::uint32_t color;
-  std::uint64_t count;
+  std::uint32_t count;  // 2^32 - 1: so many or more
   bool operator==(const CountedColor&) const = default;
 };
 
 // More colours than this don't make a better palette than a histogram does, and photographs get there soon.
 inline constexpr std::size_t kMaxExactColors = 16384;
 
-// All colours of the pages with their counts, in the order in which they come first; transparent pixels have none.
+// All colours of the pages with their counts, in no order that means anything; transparent pixels have none.
 // Nothing: there are more than kMaxExactColors.
 std::optional<std::vector<CountedColor>> CountExactColors(std::span<const ColorPage> pages, bool grayscale);
 
