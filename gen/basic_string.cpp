@@ -170,8 +170,17 @@ void basic_string<char>::Replace(std::uint32_t pos, std::uint32_t n, const char*
 void basic_string<char>::ReplaceAll(const char* pattern, std::uint32_t patternLength, const char* text,
                                     std::uint32_t textLength) {
   if (IsEmpty() || patternLength == 0) return;
-  for (std::int32_t at = Find(pattern, 0); at >= 0; at = Find(pattern, 0)) {
-    Replace(static_cast<std::uint32_t>(at), patternLength, text, textLength);
+  // What a replacement joins can't begin earlier than a pattern's length less one before it: a search from there finds what
+  // a search from the start would.
+  std::uint32_t from = 0;
+  for (std::int32_t at = Find(pattern, 0); at >= 0; at = Find(pattern, from)) {
+    const auto place = static_cast<std::uint32_t>(at);
+    if (patternLength == textLength) {
+      std::memcpy(data + place, text, textLength);
+    } else {
+      Replace(place, patternLength, text, textLength);
+    }
+    from = place < patternLength ? 0 : place - (patternLength - 1);
   }
 }
 

@@ -38,14 +38,23 @@ std::int64_t AllowedSets() {
 std::int64_t ProcessorSets() {
   std::int64_t sets = HWY_STATIC_TARGET | HWY_SCALAR;
 #if HWY_ARCH_X86
+  // Each level asks for what the compiler is told that it has; what never comes apart from it isn't asked for.
   __builtin_cpu_init();
-  if (__builtin_cpu_supports("ssse3")) sets |= HWY_SSSE3;
-  if (!__builtin_cpu_supports("x86-64-v2") || !__builtin_cpu_supports("aes") || !__builtin_cpu_supports("pclmul")) {
+  if (!__builtin_cpu_supports("ssse3")) return sets;
+  sets |= HWY_SSSE3;
+  if (!__builtin_cpu_supports("sse4.2") || !__builtin_cpu_supports("aes") || !__builtin_cpu_supports("pclmul")) {
     return sets;
   }
   sets |= HWY_SSE4;
-  if (__builtin_cpu_supports("x86-64-v3")) sets |= HWY_AVX2;
-  if (__builtin_cpu_supports("x86-64-v4")) sets |= HWY_AVX3;
+  if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("bmi") || !__builtin_cpu_supports("bmi2") ||
+      !__builtin_cpu_supports("fma")) {
+    return sets;
+  }
+  sets |= HWY_AVX2;
+  if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512cd") &&
+      __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl")) {
+    sets |= HWY_AVX3;
+  }
 #endif
   return sets;
 }

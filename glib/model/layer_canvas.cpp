@@ -15,7 +15,7 @@ void CopyShifted(std::uint8_t* target, const std::uint8_t* source, std::size_t s
                  std::size_t bits, unsigned shift) {
   const std::size_t bytes = PackedStride(count, bits);
   for (std::size_t i = 0; i < bytes; ++i) {
-    const unsigned next = i + 1 < sourceBytes ? source[i + 1] : 0;
+    const unsigned next = i + 1 < sourceBytes ? source[i + 1] : 0U;
     target[i] = static_cast<std::uint8_t>(source[i] << shift | next >> (8 - shift));
   }
   const std::size_t unused = bytes * 8 - count * bits;
