@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "glib/module_api/result_values.h"
@@ -28,9 +29,11 @@ inline void CheckOutcome(const Loaded& loaded) {
   EXPECT_NE(loaded.message, "");
 }
 
-// Calls `load` with the file cut at every byte, and with every byte changed in three ways.
+// Calls `load` with the file cut at every byte, and with every byte changed in three ways. Nothing may be printed.
 template <typename Load>
 void TryDamaged(std::span<const std::uint8_t> file, Load load) {
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
   for (std::size_t size = 0; size < file.size(); ++size) {
     SCOPED_TRACE("cut to " + std::to_string(size));
     CheckOutcome(load(file.first(size)));
@@ -44,6 +47,8 @@ void TryDamaged(std::span<const std::uint8_t> file, Load load) {
     }
     copy[i] = file[i];
   }
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 }  // namespace tests

@@ -8,9 +8,9 @@
 
 #include <jpeglib.h>
 
-#include "tests/support/damaged_files.h"
-
 namespace tests {
+
+using Bytes = std::vector<std::uint8_t>;
 
 struct JpegOptions {
   std::uint32_t width = 45;

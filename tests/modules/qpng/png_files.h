@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/damaged_files.h"
-
 namespace tests {
+
+using Bytes = std::vector<std::uint8_t>;
 
 struct PngOptions {
   std::uint32_t width = 21;

@@ -7,7 +7,9 @@
 #include "glib/module_api/result_values.h"
 #include "tests/modules/qtif/tiff_files.h"
 #include "tests/support/corpus.h"
+#include "tests/support/damage.h"
 #include "tests/support/module_host.h"
+#include "tests/support/temporary_folder.h"
 
 namespace tests {
 namespace {
@@ -19,7 +21,17 @@ constexpr std::uint32_t kTiffId = 0x3000000E;
 class Qtif : public testing::Test {
  protected:
   void SetUp() override { ASSERT_TRUE(host_.Ok()); }
+
+  // Gives the path.
+  std::string Write(const Bytes& bytes) const {
+    return folder_.Write("file", {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  }
+  void TryDamaged(const Bytes& file) const {
+    tests::TryDamaged(file, [&](std::span<const std::uint8_t> bytes) { return host_.Load(bytes); });
+  }
+
   ModuleHost host_{"qtif"};
+  test_support::TemporaryFolder folder_;
 };
 
 std::uint32_t Word(std::uint32_t alpha, std::uint32_t red, std::uint32_t green, std::uint32_t blue) {
@@ -242,9 +254,10 @@ TEST_F(Qtif, ReadsEveryCompression) {
 
 // What the library itself shows of a file, top row first: red, green, blue, alpha from the lowest byte.
 std::vector<std::uint32_t> LibraryPicture(const Bytes& bytes, std::uint32_t width, std::uint32_t height) {
-  const TemporaryFile file(bytes);
+  const test_support::TemporaryFolder folder;
+  folder.Write("file", {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
   std::vector<std::uint32_t> raster(std::size_t{width} * height);
-  TIFF* tiff = TIFFOpen(file.Path().c_str(), "r");
+  TIFF* tiff = TIFFOpen((folder.path() / "file").c_str(), "r");
   EXPECT_EQ(TIFFReadRGBAImageOriented(tiff, width, height, raster.data(), ORIENTATION_TOPLEFT, 0), 1);
   TIFFClose(tiff);
   return raster;
@@ -380,8 +393,8 @@ TEST_F(Qtif, GivesEveryDirectoryButReducedOnes) {
     for (std::uint32_t i = 0; i < loaded.PageCount(); ++i) widths.push_back(loaded.PageAt(i).width);
     EXPECT_EQ(widths, c.widths);
 
-    const TemporaryFile file(bytes);
-    const auto info = host_.Info(file.Path(), kTiffId);
+    const std::string path = Write(bytes);
+    const auto info = host_.Info(path, kTiffId);
     ASSERT_NE(info, nullptr);
     EXPECT_EQ(info->pages, static_cast<std::int32_t>(c.widths.size()));
     EXPECT_EQ(info->width, c.widths[0]);
@@ -465,8 +478,7 @@ TEST_F(Qtif, SurvivesDamage) {
                                 .compression = COMPRESSION_ADOBE_DEFLATE}};
   for (const TiffOptions& options : cases) {
     const Bytes file = MakeTiff({options, {.width = 3, .height = 3, .photometric = PHOTOMETRIC_PALETTE}});
-    CheckCuts(host_, file);
-    CheckFlips(host_, file);
+    TryDamaged(file);
   }
 }
 

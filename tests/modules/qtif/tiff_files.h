@@ -5,14 +5,14 @@
 
 #include <cstdint>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
-#include "tests/support/damaged_files.h"
+#include "tests/support/temporary_folder.h"
 
 namespace tests {
+
+using Bytes = std::vector<std::uint8_t>;
 
 struct TiffOptions {
   std::uint32_t width = 37;
@@ -140,12 +140,12 @@ inline void WritePage(TIFF* tiff, const TiffOptions& o) {
 
 // `mode` as for TIFFOpen: "w", with "b" big-endian, with "8" for large files.
 inline Bytes MakeTiff(const std::vector<TiffOptions>& pages, const char* mode = "w") {
-  const TemporaryFile file({});
-  TIFF* tiff = TIFFOpen(file.Path().c_str(), mode);
+  const test_support::TemporaryFolder folder;
+  TIFF* tiff = TIFFOpen((folder.path() / "file").c_str(), mode);
   for (const TiffOptions& page : pages) WritePage(tiff, page);
   TIFFClose(tiff);
-  std::ifstream stream(file.Path(), std::ios::binary);
-  return Bytes(std::istreambuf_iterator<char>(stream), {});
+  const std::string file = folder.Read("file");
+  return Bytes(file.begin(), file.end());
 }
 
 }  // namespace tests
