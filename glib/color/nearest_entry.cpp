@@ -57,10 +57,10 @@ std::uint32_t NearestOfAll(const std::int32_t (*channels)[256], std::uint32_t co
   return static_cast<std::uint32_t>(hn::GetLane(first));
 }
 
-// For each entry the least and the greatest squared distance to the values `low` to `low + 7` of each channel. Gives
-// the least of the greatest.
+// For each entry the least squared distance from the values `low` to `low + size - 1` of each channel. Gives the least
+// of all entries' greatest distances.
 std::int32_t DistancesToCell(const std::int32_t (*channels)[256], std::uint32_t count, const std::int32_t* low,
-                             std::int32_t* least) {
+                             std::int32_t size, std::int32_t* least) {
   const Numbers numbers;
   const std::size_t lanes = hn::Lanes(numbers);
   auto bound = hn::Set(numbers, 0x7FFFFFFF);
@@ -71,7 +71,7 @@ std::int32_t DistancesToCell(const std::int32_t (*channels)[256], std::uint32_t 
     for (std::size_t channel = 0; channel < 3; ++channel) {
       const auto value = hn::LoadU(numbers, channels[channel] + i);
       const auto above = hn::Sub(value, hn::Set(numbers, low[channel]));
-      const auto below = hn::Sub(hn::Set(numbers, low[channel] + 7), value);
+      const auto below = hn::Sub(hn::Set(numbers, low[channel] + size - 1), value);
       const auto outside = hn::Max(zero, hn::Max(hn::Neg(above), hn::Neg(below)));
       near = hn::Add(near, SquareOf(outside));
       far = hn::Add(far, SquareOf(hn::Max(above, below)));
@@ -123,53 +123,95 @@ NearestEntryFinder::NearestEntryFinder(const std::uint32_t* palette, std::uint32
   }
   constexpr std::uint64_t kLearnFrom = 4096;
   if (searches < kLearnFrom) return;
-  // Both are touched only where the colours are, and most of their pages never.
-  cells_ = static_cast<std::uint32_t*>(std::calloc(kCells, sizeof(*cells_)));
+  // All are touched only where the colours are, and most of their pages never.
   candidates_ = static_cast<Candidate*>(std::malloc(kMaxCandidates * sizeof(*candidates_)));
-  if (candidates_ == nullptr) {
-    std::free(cells_);
-    cells_ = nullptr;
-  }
+  if (candidates_ == nullptr) return;
+  nearCells_ = static_cast<std::uint32_t*>(std::calloc(kCells, sizeof(*nearCells_)));
+  farCells_ = static_cast<std::uint32_t*>(std::calloc(kCells, sizeof(*farCells_)));
 }
 
 NearestEntryFinder::~NearestEntryFinder() {
-  std::free(cells_);
+  std::free(nearCells_);
+  std::free(farCells_);
   std::free(candidates_);
 }
 
-std::uint32_t NearestEntryFinder::FindFar(std::int32_t c0, std::int32_t c1, std::int32_t c2) const {
+std::uint32_t NearestEntryFinder::FindAmongAll(std::int32_t c0, std::int32_t c1, std::int32_t c2) const {
   return HWY_DYNAMIC_DISPATCH(NearestOfAll)(channels_, count_, c0, c1, c2);
 }
 
-// An entry can win somewhere in the cell only if its least distance from it is not above the least of all greatest
-// distances.
-std::uint32_t NearestEntryFinder::Learn(std::uint32_t cell) {
+// Entries that can win somewhere in the cell. First those whose least distance is not above the least of all greatest
+// ones; from these, those that no other one beats in the whole cell.
+std::uint32_t NearestEntryFinder::Learn(const Grid& grid, std::uint32_t cell) {
+  const std::int32_t size = 1 << grid.shift;
   std::int32_t low[3];
   for (std::uint32_t channel = 0; channel < 3; ++channel) {
-    const std::uint32_t part = cell >> 6 * channel & 63;
-    low[channel] = static_cast<std::int32_t>(part << kCellShift) - static_cast<std::int32_t>(kBelow);
+    low[channel] = grid.first + static_cast<std::int32_t>(cell >> 6 * channel & 63) * size;
   }
   std::int32_t least[256];
-  const std::int32_t bound = HWY_DYNAMIC_DISPATCH(DistancesToCell)(channels_, count_, low, least);
-  const std::uint32_t first = candidateCount_;
+  const std::int32_t bound = HWY_DYNAMIC_DISPATCH(DistancesToCell)(channels_, count_, low, size, least);
+  std::uint8_t close[256];
+  std::uint32_t closeCount = 0;
   for (std::uint32_t i = 0; i < count_; ++i) {
-    if (least[i] > bound) continue;
-    if (candidateCount_ == kMaxCandidates) {
-      candidateCount_ = first;
-      return kUnknown;
+    close[closeCount] = static_cast<std::uint8_t>(i);
+    closeCount += least[i] <= bound ? 1 : 0;
+  }
+  if (candidateCount_ + closeCount > kMaxCandidates) return kUnknown;
+
+  Candidate* list = candidates_ + candidateCount_;
+  Candidate* end = list;
+  Candidate central{};
+  std::int32_t centralDistance = 0x7FFFFFFF;
+  for (std::uint32_t k = 0; k < closeCount; ++k) {
+    const std::uint32_t i = close[k];
+    const auto value = [this, i](std::size_t channel) { return static_cast<std::int16_t>(channels_[channel][i]); };
+    *end = {value(0), value(1), value(2), static_cast<std::uint16_t>(i)};
+    const auto apart = [low, size](std::size_t channel, std::int32_t v) {
+      const std::int32_t difference = v - low[channel] - size / 2;
+      return difference * difference;
+    };
+    const std::int32_t distance = apart(0, end->c0) + apart(1, end->c1) + apart(2, end->c2);
+    if (distance < centralDistance) {
+      centralDistance = distance;
+      central = *end;
     }
-    Candidate& candidate = candidates_[candidateCount_++];
-    candidate.c0 = static_cast<std::uint16_t>(static_cast<std::uint32_t>(channels_[0][i]) + kBelow);
-    candidate.c1 = static_cast<std::uint16_t>(static_cast<std::uint32_t>(channels_[1][i]) + kBelow);
-    candidate.c2 = static_cast<std::uint16_t>(static_cast<std::uint32_t>(channels_[2][i]) + kBelow);
-    candidate.index = static_cast<std::uint16_t>(i);
+    ++end;
   }
-  const std::uint32_t found = candidateCount_ - first;
-  if (found == 1) {
-    candidateCount_ = first;
-    return cells_[cell] = candidates_[first].index + 1U;
+  // The entry at the centre beats most of the others, which spares comparing all with all. Whoever is beaten leaves at
+  // once; that loses nothing, as who beat it stays or is beaten in turn by one that beats both.
+  const auto isBeatenBy = [&low, size](const Candidate& winner) {
+    return [&low, size, winner](const Candidate& other) {
+      return other.index != winner.index && Beats(winner, other, low, size);
+    };
+  };
+  end = std::remove_if(list, end, isBeatenBy(central));
+  for (Candidate* winner = list; winner < end; ++winner) {
+    Candidate* kept = std::remove_if(list, winner, isBeatenBy(*winner));
+    const auto left = winner - kept;  // earlier ones that are gone
+    end = std::remove_if(winner + 1, end, isBeatenBy(*winner));
+    if (left != 0) {
+      std::copy(winner, end, kept);
+      end -= left;
+      winner -= left;
+    }
   }
-  return cells_[cell] = first << 9 | found;
+  const auto found = static_cast<std::uint32_t>(end - list);
+  if (found == 1) return list->index + 1U;
+  const std::uint32_t place = candidateCount_;
+  candidateCount_ += found;
+  return place << 9 | found;
+}
+
+// The difference of two squared distances is linear in the colour, so it is greatest in a corner of the cell.
+bool NearestEntryFinder::Beats(const Candidate& winner, const Candidate& loser, const std::int32_t* low,
+                               std::int32_t size) {
+  const auto most = [low, size](std::size_t channel, std::int32_t w, std::int32_t l) {
+    const std::int32_t value = w < l ? low[channel] + size - 1 : low[channel];
+    return (value - w) * (value - w) - (value - l) * (value - l);
+  };
+  const std::int32_t difference =
+      most(0, winner.c0, loser.c0) + most(1, winner.c1, loser.c1) + most(2, winner.c2, loser.c2);
+  return difference < 0 || (difference == 0 && winner.index < loser.index);
 }
 
 }  // namespace glib

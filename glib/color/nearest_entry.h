@@ -10,8 +10,8 @@ namespace glib {
 std::uint32_t NearestEntryPlain(const std::uint32_t* palette, std::uint32_t count, std::int32_t c0, std::int32_t c1,
                                 std::int32_t c2);
 
-// The same search for many colours against one palette. Near the colour cube it learns, cell by cell, which entries can
-// win there; further out it compares with all entries at once.
+// The same search for many colours against one palette. It learns, cell by cell of the space around the colour cube,
+// which entries can win there; far out it compares with all entries at once.
 class NearestEntryFinder {
  public:
   // `palette` holds `count` (1 to 256) words; it is copied. `searches`: about how many are to come; few are not worth
@@ -22,57 +22,81 @@ class NearestEntryFinder {
   ~NearestEntryFinder();
 
   std::uint32_t Find(std::int32_t c0, std::int32_t c1, std::int32_t c2) {
-    const std::uint32_t u0 = static_cast<std::uint32_t>(c0) + kBelow;
-    const std::uint32_t u1 = static_cast<std::uint32_t>(c1) + kBelow;
-    const std::uint32_t u2 = static_cast<std::uint32_t>(c2) + kBelow;
-    if ((u0 | u1 | u2) >= kRange || cells_ == nullptr) return FindFar(c0, c1, c2);
-    const std::uint32_t cell = (u2 >> kCellShift) << 12 | (u1 >> kCellShift) << 6 | u0 >> kCellShift;
-    std::uint32_t list = cells_[cell];
-    if (list <= kSingle) {
-      if (list != kUnknown) return list - 1;
-      list = Learn(cell);
-      if (list <= kSingle) return list == kUnknown ? FindFar(c0, c1, c2) : list - 1;
-    }
-    const Candidate* candidate = candidates_ + (list >> 9);
-    const Candidate* end = candidate + (list & 511);
-    std::uint32_t best = 0xFFFFFFFF;
-    for (; candidate != end; ++candidate) {
-      // Squares come out right although the differences wrap. They stay below 2^20, so the index fits beside their sum,
-      // and the least word is the first nearest entry.
-      const std::uint32_t d0 = u0 - candidate->c0;
-      const std::uint32_t d1 = u1 - candidate->c1;
-      const std::uint32_t d2 = u2 - candidate->c2;
-      const std::uint32_t word = (d0 * d0 + d1 * d1 + d2 * d2) << 8 | candidate->index;
-      best = word < best ? word : best;
-    }
-    return best & 255;
+    if (kNear.Holds(c0, c1, c2)) [[likely]]
+      return FindInCell(kNear, nearCells_, c0, c1, c2);
+    if (kFar.Holds(c0, c1, c2)) return FindInCell(kFar, farCells_, c0, c1, c2);
+    return FindAmongAll(c0, c1, c2);
   }
 
  private:
-  // Cells of 8 values a channel over the values -128 to 383, where dithering keeps nearly all values.
-  static constexpr std::uint32_t kBelow = 128;
-  static constexpr std::uint32_t kRange = 512;
-  static constexpr std::uint32_t kCellShift = 3;
+  // A cube of values in 64 cells a channel.
+  struct Grid {
+    std::int32_t first;   // the least value of a channel
+    std::uint32_t shift;  // of the size of a cell
+
+    std::uint32_t Place(std::int32_t c) const {
+      return static_cast<std::uint32_t>(c) - static_cast<std::uint32_t>(first);
+    }
+    bool Holds(std::int32_t c0, std::int32_t c1, std::int32_t c2) const {
+      return (Place(c0) | Place(c1) | Place(c2)) >> shift < 64;
+    }
+    std::uint32_t CellOf(std::int32_t c0, std::int32_t c1, std::int32_t c2) const {
+      return (Place(c2) >> shift) << 12 | (Place(c1) >> shift) << 6 | Place(c0) >> shift;
+    }
+  };
+  // Dithering keeps nearly all values in the first where the palette can follow the picture, else errors pile up.
+  static constexpr Grid kNear = {-128, 3};
+  static constexpr Grid kFar = {-2048, 6};
   static constexpr std::uint32_t kCells = 1U << 18;
   // A cell holds 0, or 1 + the only entry that can win, or the place of its list with its length in the low 9 bits.
   static constexpr std::uint32_t kUnknown = 0;
   static constexpr std::uint32_t kSingle = 256;
 
   struct Candidate {
-    std::uint16_t c0, c1, c2;  // plus kBelow
+    std::int16_t c0, c1, c2;
     std::uint16_t index;
   };
   // Lists begin at place 1, so that none is taken for an index; place and length share a word.
   static constexpr std::uint32_t kMaxCandidates = 1U << 19;
 
-  std::uint32_t FindFar(std::int32_t c0, std::int32_t c1, std::int32_t c2) const;
-  // kUnknown: no more room.
-  std::uint32_t Learn(std::uint32_t cell);
+  std::uint32_t FindInCell(const Grid& grid, std::uint32_t* cells, std::int32_t c0, std::int32_t c1, std::int32_t c2) {
+    if (cells == nullptr) return FindAmongAll(c0, c1, c2);
+    const std::uint32_t cell = grid.CellOf(c0, c1, c2);
+    std::uint32_t list = cells[cell];
+    if (list <= kSingle) {
+      if (list != kUnknown) return list - 1;
+      list = Learn(grid, cell);
+      if (list == kUnknown) return FindAmongAll(c0, c1, c2);
+      cells[cell] = list;
+      if (list <= kSingle) return list - 1;
+    }
+    const Candidate* candidate = candidates_ + (list >> 9);
+    const Candidate* end = candidate + (list & 511);
+    std::uint32_t best = 0xFFFFFFFF;
+    for (; candidate != end; ++candidate) {
+      // The sum stays below 2^24, as no value is more than 2303 from an entry; so the index fits beside it, and the
+      // least word is the first nearest entry.
+      const std::int32_t d0 = c0 - candidate->c0;
+      const std::int32_t d1 = c1 - candidate->c1;
+      const std::int32_t d2 = c2 - candidate->c2;
+      const std::uint32_t word = static_cast<std::uint32_t>(d0 * d0 + d1 * d1 + d2 * d2) << 8 | candidate->index;
+      best = word < best ? word : best;
+    }
+    return best & 255;
+  }
+
+  std::uint32_t FindAmongAll(std::int32_t c0, std::int32_t c1, std::int32_t c2) const;
+  // What a cell is to hold. kUnknown: no more room.
+  std::uint32_t Learn(const Grid& grid, std::uint32_t cell);
+
+  // Whether one candidate is found before the other for all colours of a cell.
+  static bool Beats(const Candidate& winner, const Candidate& loser, const std::int32_t* low, std::int32_t size);
 
   std::uint32_t count_;
   std::uint32_t candidateCount_ = 1;
   Candidate* candidates_ = nullptr;
-  std::uint32_t* cells_ = nullptr;
+  std::uint32_t* nearCells_ = nullptr;
+  std::uint32_t* farCells_ = nullptr;
   // Entries channel by channel, filled up to whole vectors with copies of the last one.
   alignas(64) std::int32_t channels_[3][256];
 };

@@ -11,13 +11,10 @@ std::uint32_t NearestEntry(const Channels& colour, const std::uint32_t* palette,
   std::uint32_t best = 0;
   std::int32_t bestDistance = 0;
   for (std::uint32_t i = 0; i < count; ++i) {
-    const Channels entry = ChannelsOf(palette[i]);
-    std::uint32_t sum = 0;
-    for (std::size_t c = 0; c < 3; ++c) {
-      const std::uint32_t difference = static_cast<std::uint32_t>(colour[c]) - static_cast<std::uint32_t>(entry[c]);
-      sum += difference * difference;
-    }
-    const auto distance = static_cast<std::int32_t>(sum);
+    const std::uint32_t d0 = static_cast<std::uint32_t>(colour[0]) - (palette[i] & 255);
+    const std::uint32_t d1 = static_cast<std::uint32_t>(colour[1]) - (palette[i] >> 8 & 255);
+    const std::uint32_t d2 = static_cast<std::uint32_t>(colour[2]) - (palette[i] >> 16 & 255);
+    const auto distance = static_cast<std::int32_t>(d0 * d0 + d1 * d1 + d2 * d2);
     if (i == 0 || distance < bestDistance) {
       best = i;
       bestDistance = distance;

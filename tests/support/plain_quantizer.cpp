@@ -155,11 +155,8 @@ class Tree {
   }
 
   static std::uint32_t ChildId(const Node* node, const Channels& colour) {
-    std::uint32_t id = 0;
-    for (std::size_t c = 0; c < 3; ++c) {
-      if (node->mid[c] < colour[c]) id |= 1U << c;
-    }
-    return id;
+    return (node->mid[2] < colour[2] ? 4U : 0U) + (node->mid[1] < colour[1] ? 2U : 0U) +
+           (node->mid[0] < colour[0] ? 1U : 0U);
   }
 
   void Count(const Channels& colour) {
@@ -250,10 +247,10 @@ class Tree {
     }
     if (node->pixelCount == 0) return;
     const Channels entry = ChannelsOf(entries[node->colorNumber]);
-    std::uint32_t distance = 0;
-    for (std::size_t c = 0; c < 3; ++c) {
-      distance += static_cast<std::uint32_t>((entry[c] - colour[c]) * (entry[c] - colour[c]));
-    }
+    const std::int32_t d0 = entry[0] - colour[0];
+    const std::int32_t d1 = entry[1] - colour[1];
+    const std::int32_t d2 = entry[2] - colour[2];
+    const auto distance = static_cast<std::uint32_t>(d0 * d0 + d1 * d1 + d2 * d2);
     if (distance < bestDistance) {
       bestDistance = distance;
       bestIndex = node->colorNumber;

@@ -5,10 +5,10 @@
 
 #include <benchmark/benchmark.h>
 
-#include <chrono>
 #include <cstring>
 #include <vector>
 
+#include "tests/bench/processor_seconds.h"
 #include "tests/support/color_rasters.h"
 #include "tests/support/plain_dither.h"
 
@@ -40,14 +40,12 @@ void BM_DitherRgb32(benchmark::State& state) {
     const std::uint8_t* p = picture.pixels + (std::size_t{kWidth} * y + x) * 4;
     return plain::Channels{p[0], p[1], p[2]};
   };
-  const auto start = std::chrono::steady_clock::now();
-  const auto plainDest = plain::DitherToPalette(kWidth, kPlainHeight, kWidth, target.palette, 256, pixel);
-  const double plainSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  std::vector<std::uint8_t> plainDest;
+  const double plainSeconds = ProcessorSeconds(
+      [&] { plainDest = plain::DitherToPalette(kWidth, kPlainHeight, kWidth, target.palette, 256, pixel); });
   double seconds = 0;
   for (auto _ : state) {
-    const auto begin = std::chrono::steady_clock::now();
-    target.DitherRgb32(picture.pixels, kWidth, kHeight, nullptr, 0);
-    const double once = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    const double once = ProcessorSeconds([&] { target.DitherRgb32(picture.pixels, kWidth, kHeight, nullptr, 0); });
     state.SetIterationTime(once);
     seconds += once;
   }

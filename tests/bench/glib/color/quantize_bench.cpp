@@ -5,9 +5,9 @@
 
 #include <benchmark/benchmark.h>
 
-#include <chrono>
 #include <cstring>
 
+#include "tests/bench/processor_seconds.h"
 #include "tests/support/color_rasters.h"
 #include "tests/support/plain_quantizer.h"
 
@@ -16,13 +16,6 @@ namespace {
 constexpr std::int32_t kWidth = 4000;
 constexpr std::int32_t kHeight = 3000;
 constexpr double kPixels = double{kWidth} * kHeight;
-
-template <typename Reduce>
-double Seconds(Reduce reduce) {
-  const auto start = std::chrono::steady_clock::now();
-  reduce();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
 
 void MakePicture(std::int32_t bits, bool dither, glib::RasterBlock& block) {
   color_rasters::Make({bits, kWidth, kHeight, color_rasters::Texture::kPhoto}, block);
@@ -36,12 +29,12 @@ void BM_Quantize(benchmark::State& state) {
   const bool dither = state.range(2) != 0;
   glib::RasterBlock plainResult;
   MakePicture(bits, dither, plainResult);
-  const double plainSeconds = Seconds([&] { plain::Quantize(plainResult, colors, true); });
+  const double plainSeconds = ProcessorSeconds([&] { plain::Quantize(plainResult, colors, true); });
   double seconds = 0;
   for (auto _ : state) {
     glib::RasterBlock block;
     MakePicture(bits, dither, block);
-    const double once = Seconds([&] { glib::Quantize(block, colors, true); });
+    const double once = ProcessorSeconds([&] { glib::Quantize(block, colors, true); });
     state.SetIterationTime(once);
     seconds += once;
     if (std::memcmp(block.palette, plainResult.palette, sizeof(block.palette)) != 0 ||
