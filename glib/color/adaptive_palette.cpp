@@ -32,7 +32,7 @@ Effort EffortOf(PaletteLevel level) {
   }
 }
 
-std::vector<FineColor> EntriesOf(std::vector<ColorCell>& cells, std::size_t maxColors, bool merging) {
+std::vector<FineColor> EntriesOf(std::span<const ColorCell> cells, std::size_t maxColors, bool merging) {
   // Merging twice as many takes back cuts that later ones made needless.
   std::vector<ColorGroup> groups = SplitCells(cells, merging ? 2 * maxColors : maxColors);
   MergeGroups(groups, maxColors);
@@ -81,7 +81,7 @@ AdaptivePalette BuildAdaptivePalette(std::span<const ColorPage> pages, const Pal
 
   const Effort effort = EffortOf(settings.level);
   const ColorSpace space(MeasureOf(settings.level));
-  std::vector<ColorCell> cells =
+  const std::vector<ColorCell> cells =
       exact ? CellsOf(*exact, space) : SampleCells(pages, settings.grayscale, effort.samples, space);
   if (cells.empty()) return {};
   std::vector<FineColor> entries = EntriesOf(cells, maxColors, effort.merging);
