@@ -85,15 +85,12 @@ AdaptivePalette BuildAdaptivePalette(std::span<const ColorPage> pages, const Pal
       exact ? CellsOf(*exact, space) : SampleCells(pages, settings.grayscale, effort.samples, space);
   if (cells.empty()) return {};
   std::vector<FineColor> entries = EntriesOf(cells, maxColors, effort.merging);
-  MoveToMeans(cells, space, effort.passes, entries);
+  const std::vector<std::uint64_t> counts = MoveToMeans(cells, space, effort.passes, entries);
 
-  std::vector<CountedColor> counted(entries.size());
-  for (std::size_t i = 0; i < entries.size(); ++i) counted[i].color = ColorOf(entries[i]);
-  std::vector<std::uint8_t> nearest(cells.size());
-  AssignCells(cells, space, entries, nearest.data());
-  for (std::size_t i = 0; i < cells.size(); ++i) {
-    std::uint32_t& count = counted[nearest[i]].count;
-    count += std::min(cells[i].count, std::numeric_limits<std::uint32_t>::max() - count);
+  std::vector<CountedColor> counted;
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    const auto count = std::min<std::uint64_t>(counts[i], std::numeric_limits<std::uint32_t>::max());
+    counted.push_back({ColorOf(entries[i]), static_cast<std::uint32_t>(count)});
   }
   AdaptivePalette palette{ColorsByCount(std::move(counted)), false};
   if (settings.dither) {

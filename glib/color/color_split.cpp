@@ -165,6 +165,26 @@ Scale ScaleOf(const Box& box) {
   return scale;
 }
 
+// Puts the lower part of a box before the upper and gives where that begins. Each cell is written to both sides, of which
+// one counts: a branch would be guessed wrong half of the time.
+std::size_t Partition(std::vector<SplitCell>& cells, const Box& box, const Scale& scale, const Cut& cut,
+                      std::vector<SplitCell>& scratch) {
+  std::size_t lower = box.begin;
+  std::size_t upper = box.end - 1;
+  for (std::size_t i = box.begin; i < box.end; ++i) {
+    const SplitCell cell = cells[i];
+    const std::size_t isLower = BinOf(cell, box, scale, cut.axis) <= cut.bin ? 1 : 0;
+    scratch[lower] = cell;
+    scratch[upper] = cell;
+    lower += isLower;
+    upper -= 1 - isLower;
+  }
+  std::copy(scratch.begin() + static_cast<std::ptrdiff_t>(box.begin),
+            scratch.begin() + static_cast<std::ptrdiff_t>(box.end),
+            cells.begin() + static_cast<std::ptrdiff_t>(box.begin));
+  return lower;
+}
+
 std::vector<SplitCell> SplitCellsOf(std::span<const ColorCell> cells) {
   std::uint64_t total = 0;
   for (const ColorCell& cell : cells) total += cell.count;
@@ -188,6 +208,7 @@ std::vector<SplitCell> SplitCellsOf(std::span<const ColorCell> cells) {
 
 std::vector<ColorGroup> SplitCells(std::span<const ColorCell> cells, std::size_t wanted) {
   std::vector<SplitCell> parts = SplitCellsOf(cells);
+  std::vector<SplitCell> scratch(parts.size());
   std::vector<Box> boxes;  // a heap with the largest error on top
   if (!parts.empty()) boxes.push_back(Measure(parts, 0, parts.size()));
   const auto less = [](const Box& a, const Box& b) {
@@ -198,11 +219,7 @@ std::vector<ColorGroup> SplitCells(std::span<const ColorCell> cells, std::size_t
     const Box box = boxes.back();
     const Scale scale = ScaleOf(box);
     const Cut cut = BestCut(parts, box, scale);
-    const auto begin = parts.begin();
-    const auto middle = std::partition(
-        begin + static_cast<std::ptrdiff_t>(box.begin), begin + static_cast<std::ptrdiff_t>(box.end),
-        [&](const SplitCell& cell) { return BinOf(cell, box, scale, cut.axis) <= cut.bin; });
-    const auto half = static_cast<std::size_t>(middle - begin);
+    const std::size_t half = Partition(parts, box, scale, cut, scratch);
     boxes.back() = Measure(parts, box.begin, half);
     std::push_heap(boxes.begin(), boxes.end(), less);
     boxes.push_back(Measure(parts, half, box.end));
