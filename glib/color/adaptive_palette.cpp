@@ -16,7 +16,7 @@ struct Effort {
   std::uint64_t samples;
   bool merging;
   int passes;
-  std::size_t feedbackStep;  // columns and rows from one that takes part in the trial dither to the next
+  bool wholeTrial;  // all pixels take part in the trial dither
 };
 
 Effort EffortOf(PaletteLevel level) {
@@ -24,11 +24,11 @@ Effort EffortOf(PaletteLevel level) {
   constexpr std::uint64_t kSamples = 130000;
   switch (level) {
     case PaletteLevel::kFast:
-      return {kSamples, false, 2, 2};
+      return {kSamples, false, 2, false};
     case PaletteLevel::kDefault:
-      return {kSamples, true, 3, 2};
+      return {kSamples, true, 3, false};
     default:
-      return {std::numeric_limits<std::uint64_t>::max(), true, 8, 1};
+      return {std::numeric_limits<std::uint64_t>::max(), true, 8, true};
   }
 }
 
@@ -94,7 +94,7 @@ AdaptivePalette BuildAdaptivePalette(std::span<const ColorPage> pages, const Pal
   }
   AdaptivePalette palette{ColorsByCount(std::move(counted)), false};
   if (settings.dither) {
-    MoveToDitherTargets(pages, settings.grayscale, MeasureOf(settings.level), effort.feedbackStep, palette.colors);
+    MoveToDitherTargets(pages, settings.grayscale, MeasureOf(settings.level), effort.wholeTrial, palette.colors);
   }
   return palette;
 }
