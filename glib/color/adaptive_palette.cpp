@@ -16,7 +16,7 @@ struct Effort {
   std::uint64_t samples;
   bool merging;
   int passes;
-  std::size_t feedbackStep;  // columns and rows from one that takes part in the trial dither to the next
+  bool wholeTrial;  // all pixels take part in the trial dither
 };
 
 Effort EffortOf(PaletteLevel level) {
@@ -24,15 +24,15 @@ Effort EffortOf(PaletteLevel level) {
   constexpr std::uint64_t kSamples = 130000;
   switch (level) {
     case PaletteLevel::kFast:
-      return {kSamples, false, 2, 2};
+      return {kSamples, false, 2, false};
     case PaletteLevel::kDefault:
-      return {kSamples, true, 3, 2};
+      return {kSamples, true, 3, false};
     default:
-      return {std::numeric_limits<std::uint64_t>::max(), true, 8, 1};
+      return {std::numeric_limits<std::uint64_t>::max(), true, 8, true};
   }
 }
 
-std::vector<FineColor> EntriesOf(std::vector<ColorCell>& cells, std::size_t maxColors, bool merging) {
+std::vector<FineColor> EntriesOf(std::span<const ColorCell> cells, std::size_t maxColors, bool merging) {
   // Merging twice as many takes back cuts that later ones made needless.
   std::vector<ColorGroup> groups = SplitCells(cells, merging ? 2 * maxColors : maxColors);
   MergeGroups(groups, maxColors);
@@ -81,23 +81,20 @@ AdaptivePalette BuildAdaptivePalette(std::span<const ColorPage> pages, const Pal
 
   const Effort effort = EffortOf(settings.level);
   const ColorSpace space(MeasureOf(settings.level));
-  std::vector<ColorCell> cells =
+  const std::vector<ColorCell> cells =
       exact ? CellsOf(*exact, space) : SampleCells(pages, settings.grayscale, effort.samples, space);
   if (cells.empty()) return {};
   std::vector<FineColor> entries = EntriesOf(cells, maxColors, effort.merging);
-  MoveToMeans(cells, space, effort.passes, entries);
+  const std::vector<std::uint64_t> counts = MoveToMeans(cells, space, effort.passes, entries);
 
-  std::vector<CountedColor> counted(entries.size());
-  for (std::size_t i = 0; i < entries.size(); ++i) counted[i].color = ColorOf(entries[i]);
-  std::vector<std::uint8_t> nearest(cells.size());
-  AssignCells(cells, space, entries, nearest.data());
-  for (std::size_t i = 0; i < cells.size(); ++i) {
-    std::uint32_t& count = counted[nearest[i]].count;
-    count += std::min(cells[i].count, std::numeric_limits<std::uint32_t>::max() - count);
+  std::vector<CountedColor> counted;
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    const auto count = std::min<std::uint64_t>(counts[i], std::numeric_limits<std::uint32_t>::max());
+    counted.push_back({ColorOf(entries[i]), static_cast<std::uint32_t>(count)});
   }
   AdaptivePalette palette{ColorsByCount(std::move(counted)), false};
   if (settings.dither) {
-    MoveToDitherTargets(pages, settings.grayscale, MeasureOf(settings.level), effort.feedbackStep, palette.colors);
+    MoveToDitherTargets(pages, settings.grayscale, MeasureOf(settings.level), effort.wholeTrial, palette.colors);
   }
   return palette;
 }

@@ -59,10 +59,12 @@ void FindRivals(const CandidateLists::Columns& entries, const CandidateLists::Cu
   for (std::size_t i = 0; i < entries.count; i += lanes) {
     const auto stays = hn::Lt(hn::Load(d, nearest + i), beyond);
     if (hn::AllFalse(d, stays)) continue;
+    // Whole vectors: storing the selected lanes alone is slow on some processors.
     for (std::size_t k = 0; k < 3; ++k) {
-      hn::CompressStore(hn::LoadU(d, entries.axes[k] + i), stays, d, rivals.axes[k] + count);
+      hn::StoreU(hn::Compress(hn::LoadU(d, entries.axes[k] + i), stays), d, rivals.axes[k] + count);
     }
-    count += hn::CompressStore(hn::LoadU(d, entries.numbers + i), stays, d, rivals.numbers + count);
+    hn::StoreU(hn::Compress(hn::LoadU(d, entries.numbers + i), stays), d, rivals.numbers + count);
+    count += hn::CountTrue(d, stays);
   }
   rivals.count = count;
 }
@@ -201,9 +203,8 @@ void CandidateLists::MakeList(std::uint32_t cube) {
   const Cube corners = CornersOf(cube, kBits);
   Rivals rivals;
   HWY_DYNAMIC_DISPATCH(FindRivals)(CoarseList(around, kBits - 1), corners, rivals);
-  DropBeaten(corners, rivals);
-
   constexpr std::size_t kSize = CandidateGroup::kSize;
+  if (rivals.count > kSize) DropBeaten(corners, rivals);  // a group is looked at as a whole
   const std::size_t first = groups_.size();
   const std::size_t count = (rivals.count + kSize - 1) / kSize;
   groups_.resize(first + count);

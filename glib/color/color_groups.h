@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "glib/color/color_samples.h"
@@ -33,8 +34,8 @@ struct ColorGroup {
 };
 
 // Splits the cells into at most `wanted` groups, always the one with the largest squared error, where the error falls
-// most. Reorders the cells. Fewer groups: every place is a group of its own.
-std::vector<ColorGroup> SplitCells(std::vector<ColorCell>& cells, std::size_t wanted);
+// most. Fewer groups: every place is a group of its own.
+std::vector<ColorGroup> SplitCells(std::span<const ColorCell> cells, std::size_t wanted);
 
 // Merges pairs, those first that add the least squared error, until `wanted` groups are left.
 void MergeGroups(std::vector<ColorGroup>& groups, std::size_t wanted);

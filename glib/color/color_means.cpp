@@ -33,6 +33,9 @@ namespace glib {
 
 HWY_EXPORT(NearestOfCells);
 
+namespace {
+
+// For each cell the index of its nearest entry.
 void AssignCells(std::span<const ColorCell> cells, const ColorSpace& space, std::span<const FineColor> entries,
                  std::uint8_t* indices) {
   constexpr std::size_t kSize = CandidateGroup::kSize;
@@ -44,8 +47,10 @@ void AssignCells(std::span<const ColorCell> cells, const ColorSpace& space, std:
   HWY_DYNAMIC_DISPATCH(NearestOfCells)(cells.data(), cells.size(), groups.data(), groups.size(), indices);
 }
 
-void MoveToMeans(std::span<const ColorCell> cells, const ColorSpace& space, int passes,
-                 std::vector<FineColor>& entries) {
+}  // namespace
+
+std::vector<std::uint64_t> MoveToMeans(std::span<const ColorCell> cells, const ColorSpace& space, int passes,
+                                       std::vector<FineColor>& entries) {
   std::vector<std::uint8_t> nearest(cells.size());
   std::vector<ColorGroup> groups;
   for (int pass = 1; pass <= passes; ++pass) {
@@ -62,6 +67,9 @@ void MoveToMeans(std::span<const ColorCell> cells, const ColorSpace& space, int 
       }
     }
   }
+  std::vector<std::uint64_t> counts;
+  for (const ColorGroup& group : groups) counts.push_back(static_cast<std::uint64_t>(group.count));
+  return counts;
 }
 
 }  // namespace glib

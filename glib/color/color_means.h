@@ -10,13 +10,10 @@
 namespace glib {
 
 // Moves each entry towards the mean of the cells that are nearest to it, `passes` times: in all passes but the last
-// past the mean, which gets there sooner. Entries without a cell stay. At most 256 entries.
-void MoveToMeans(std::span<const ColorCell> cells, const ColorSpace& space, int passes,
-                 std::vector<FineColor>& entries);
-
-// For each cell the index of its nearest entry.
-void AssignCells(std::span<const ColorCell> cells, const ColorSpace& space, std::span<const FineColor> entries,
-                 std::uint8_t* indices);
+// past the mean, which gets there sooner. Entries without a cell stay. 1 to 256 entries, at least one pass. Gives how
+// many pixels each entry had in the last pass.
+std::vector<std::uint64_t> MoveToMeans(std::span<const ColorCell> cells, const ColorSpace& space, int passes,
+                                       std::vector<FineColor>& entries);
 
 }  // namespace glib
 

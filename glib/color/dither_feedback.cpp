@@ -1,6 +1,7 @@
 #include "glib/color/dither_feedback.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "glib/color/candidate_lists.h"
 #include "glib/color/damped_diffusion.h"
@@ -9,6 +10,21 @@ namespace glib {
 namespace {
 
 constexpr std::size_t kMaxWidth = 65535;  // of rows whose drifts are collected
+
+struct Steps {
+  std::size_t pixels;  // from a column or row that takes part to the next
+  std::size_t pages;
+};
+
+// More pixels than this don't move the entries to a better place.
+Steps StepsFor(std::span<const ColorPage> pages) {
+  constexpr double kEnough = 300000;
+  double total = 0;
+  for (const ColorPage& page : pages) total += static_cast<double>(page.PixelCount());
+  const double step = std::clamp(std::floor(std::sqrt(total / kEnough)), 2.0, 4.0);
+  return {static_cast<std::size_t>(step),
+          static_cast<std::size_t>(std::max(1.0, total / (step * step * kEnough * 2)))};
+}
 
 void CollectDrifts(const ColorPage& page, bool grayscale, std::size_t step, CandidateLists& lists,
                    std::span<const std::uint32_t> colors, std::vector<EntryDrift>& drifts) {
@@ -43,11 +59,14 @@ std::uint32_t Moved(std::uint32_t color, const EntryDrift& drift) {
 
 }  // namespace
 
-void MoveToDitherTargets(std::span<const ColorPage> pages, bool grayscale, ColorMeasure measure, std::size_t step,
+void MoveToDitherTargets(std::span<const ColorPage> pages, bool grayscale, ColorMeasure measure, bool allPixels,
                          std::vector<std::uint32_t>& colors) {
+  const Steps steps = allPixels ? Steps{1, 1} : StepsFor(pages);
   CandidateLists lists(colors, 0, measure);
   std::vector<EntryDrift> drifts(256);
-  for (const ColorPage& page : pages) CollectDrifts(page, grayscale, step, lists, colors, drifts);
+  for (std::size_t i = 0; i < pages.size(); i += steps.pages) {
+    CollectDrifts(pages[i], grayscale, steps.pixels, lists, colors, drifts);
+  }
   for (std::size_t i = 0; i < colors.size(); ++i) colors[i] = Moved(colors[i], drifts[i]);
 }
 

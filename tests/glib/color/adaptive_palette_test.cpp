@@ -162,7 +162,9 @@ TEST(AdaptivePalette, QualityFloors) {
     for (const bool dither : {false, true}) {
       const AdaptivePalette palette = Build(page, {floor.colors, floor.level, false, dither});
       const Bytes indices = Map(page, palette.colors, {0, floor.level, false, dither});
-      EXPECT_GE(test_support::Psnr(words, palette.colors, indices), dither ? floor.dithered : floor.plain)
+      const double psnr = test_support::Psnr(words, palette.colors, indices);
+      std::printf("%zu %d %d %.3f\n", floor.colors, static_cast<int>(floor.level), dither, psnr);
+      EXPECT_GE(psnr, dither ? floor.dithered : floor.plain)
           << floor.colors << " colours, level " << static_cast<int>(floor.level) << (dither ? ", dithered" : "");
     }
   }
