@@ -49,7 +49,7 @@ std::string Find(const std::string& found, const std::string& rest) {
   std::vector<std::string> names = OtherCases(found, name);
   names.insert(names.begin(), name);
   for (const std::string& candidate : names) {
-    const std::string path = found + candidate;
+    std::string path = found + candidate;
     if (end == std::string::npos) {
       if (IsFile(path)) return path;
       continue;

@@ -144,7 +144,7 @@ void ForBoxes(std::uint32_t cell, Visit visit) {
 // means that there are more.
 std::uint32_t PickCandidates(const std::uint32_t* palette, std::uint32_t first, std::uint32_t count,
                              const std::int32_t* low, std::uint8_t* picked) {
-  std::array<std::int32_t, 256> least;
+  std::int32_t least[256];
   std::int32_t bound = 0x7FFFFFFF;
   for (std::uint32_t i = 0; i < count; ++i) {
     std::int32_t near = 0;

@@ -98,7 +98,7 @@ class NearestEntryFinder {
   std::uint32_t* nearCells_ = nullptr;
   std::uint32_t* farCells_ = nullptr;
   // Entries channel by channel, filled up to whole vectors with copies of the last one.
-  alignas(64) std::int32_t channels_[3][256];
+  alignas(64) std::int32_t channels_[3][256] = {};
 };
 
 }  // namespace glib

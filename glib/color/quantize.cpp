@@ -109,7 +109,7 @@ std::uint32_t Quantize(RasterBlock& block, std::uint32_t colors, bool alignRows)
   if (block.pixels == nullptr || block.width <= 0 || block.height <= 0 || colors == 0) return kQuantizeFailed;
   const auto width = static_cast<std::size_t>(block.width);
   const auto height = static_cast<std::size_t>(block.height);
-  Result result;
+  Result result{};
   result.stride = alignRows ? PaddedStride(width, 8) : width;
   result.pixels = static_cast<std::uint8_t*>(platform::AllocateUninitialisedPages(result.stride * height));
   if (result.pixels == nullptr) return kQuantizeFailed;

@@ -121,9 +121,9 @@ void ReserveTransparentIndex(RasterBlock& raster, std::uint32_t colors, std::uin
 // What stays the same from slide to slide, and what one slide hands to those behind it.
 struct Work {
   Film& film;
-  const std::uint32_t* entries;
-  std::uint32_t colors;
-  bool diffuse;
+  const std::uint32_t* entries = nullptr;
+  std::uint32_t colors = 0;
+  bool diffuse = false;
   std::int32_t& transparentIndex;
   std::uint32_t keyColor = 0x00ABCDEF;
 };
