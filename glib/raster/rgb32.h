@@ -7,7 +7,8 @@ namespace glib {
 
 // A colour as users, films and slides hold it. Raster memory has another order: see ToPixel.
 struct RGB32 {
-  RGB32() {}  // NOLINT(modernize-use-equals-default): leaves the bytes as they are
+  // Leaves the bytes as they are.
+  RGB32() {}  // NOLINT(modernize-use-equals-default,cppcoreguidelines-pro-type-member-init)
   RGB32(std::uint8_t r, std::uint8_t g, std::uint8_t b, std::uint8_t a) : red(r), green(g), blue(b), alpha(a) {}
 
   // From a platform colour word, whose lowest byte is red and whose next are green and blue; alpha stays.
