@@ -42,7 +42,12 @@ Form FormOf(const Image& image, const modules::MagickOptions& options, bool pixe
     if (image.colors <= 256) return Form::kIndices;
     return HasGreyMap(image) ? Form::kGrey : Form::kColour;
   }
-  const bool grey = options.greyIsIndexed && (!pixelsKnown || image.is_grayscale != 0);
+  if (!options.greyIsIndexed || !pixelsKnown) return options.greyIsIndexed ? Form::kGrey : Form::kColour;
+  // Not the picture's own mark, which some coders never set.
+  ExceptionInfo exception;
+  GetExceptionInfo(&exception);
+  const bool grey = IsGrayImage(&image, &exception) != MagickFail;
+  DestroyExceptionInfo(&exception);
   return grey ? Form::kGrey : Form::kColour;
 }
 
