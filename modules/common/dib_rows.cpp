@@ -105,16 +105,6 @@ bool HasPageLayout(const DibHeader& header) {
          (header.mask[3] == 0 || header.mask[3] == 0xFF000000U);
 }
 
-// An alpha that is 0 everywhere was never filled in.
-void MakeOpaqueIfEmpty(Page& page, std::uint32_t firstRow, std::uint32_t rows) {
-  std::uint8_t* pixels = Row(page, firstRow);
-  const std::size_t bytes = page.Stride() * rows;
-  std::uint8_t any = 0;
-  for (std::size_t i = 3; i < bytes && any == 0; i += 4) any = pixels[i];
-  if (any != 0) return;
-  for (std::size_t i = 3; i < bytes; i += 4) pixels[i] = 255;
-}
-
 std::uint32_t ReadPlainRows(std::span<const std::uint8_t> data, const DibHeader& header, const DibPlan& plan,
                             Page& page) {
   // The padding of the last row is often left out.

@@ -95,6 +95,15 @@ void DropLastPage(glib::ImageDataExchange& exchange) {
   if (exchange.pages.count != 0) delete exchange.pages.Remove(exchange.pages.count - 1);
 }
 
+void MakeOpaqueIfEmpty(Page& page, std::uint32_t firstRow, std::uint32_t rows) {
+  std::uint8_t* pixels = Row(page, firstRow);
+  const std::size_t bytes = page.Stride() * rows;
+  std::uint8_t any = 0;
+  for (std::size_t i = 3; i < bytes && any == 0; i += 4) any = pixels[i];
+  if (any != 0) return;
+  for (std::size_t i = 3; i < bytes; i += 4) pixels[i] = 255;
+}
+
 void SetGrayRamp(Page& page, std::uint32_t levels) {
   for (std::uint32_t i = 0; i < levels && i < 256; ++i) {
     const auto grey = static_cast<std::uint8_t>(levels > 1 ? i * 255 / (levels - 1) : 0);

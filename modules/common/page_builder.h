@@ -58,6 +58,9 @@ inline void SetEntry(Page& page, std::uint32_t index, std::uint8_t red, std::uin
                                static_cast<std::uint32_t>(green) << 8 | blue;
 }
 
+// An alpha that is 0 in all of these rows of a 32-bit page was never filled in: makes them opaque.
+void MakeOpaqueIfEmpty(Page& page, std::uint32_t firstRow, std::uint32_t rows);
+
 // Grey entries from black to white over the `levels` lowest indices; the page counts as grey.
 void SetGrayRamp(Page& page, std::uint32_t levels);
 
