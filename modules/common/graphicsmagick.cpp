@@ -19,18 +19,23 @@ std::uint32_t LoadWithMagick(std::span<const std::uint8_t> file, const MagickOpt
   return read(file.data(), file.size(), &options, &exchange);
 }
 
+std::uint32_t PingWithMagick(std::span<const std::uint8_t> file, const MagickOptions& options, MagickSummary& found) {
+  auto* ping = HelperFunction<decltype(MagickPing)>(kHelper, "MagickPing");
+  return ping == nullptr ? glib::NSUP : ping(file.data(), file.size(), &options, &found);
+}
+
+glib::FileInfo* InfoOf(const char* path, std::uint32_t id, const MagickSummary& found, std::int32_t pages) {
+  return NewFileInfo(path, id, static_cast<std::int32_t>(found.width), static_cast<std::int32_t>(found.height),
+                     static_cast<std::int32_t>(found.bits), pages, found.dpiX, found.dpiY);
+}
+
 std::uint32_t InfoWithMagick(const char* path, std::uint32_t id, const MagickOptions& options, glib::FileInfo** info) {
   const Source file(path);
   if (!file.Ok()) return glib::IERR;
-  auto* ping = HelperFunction<decltype(MagickPing)>(kHelper, "MagickPing");
-  if (ping == nullptr) return glib::NSUP;
   MagickSummary found;
-  const std::uint32_t result = ping(file.Bytes().data(), file.Bytes().size(), &options, &found);
-  if (result != glib::RCOK) return result;
-  *info = NewFileInfo(path, id, static_cast<std::int32_t>(found.width), static_cast<std::int32_t>(found.height),
-                      static_cast<std::int32_t>(found.bits), static_cast<std::int32_t>(found.pages), found.dpiX,
-                      found.dpiY);
-  return glib::RCOK;
+  const std::uint32_t result = PingWithMagick(file.Bytes(), options, found);
+  if (result == glib::RCOK) *info = InfoOf(path, id, found, static_cast<std::int32_t>(found.pages));
+  return result;
 }
 
 }  // namespace modules

@@ -36,6 +36,12 @@ struct MagickSummary {
 std::uint32_t LoadWithMagick(std::span<const std::uint8_t> file, const MagickOptions& options,
                              glib::ImageDataExchange& exchange);
 
+// What a file holds, without decoding where the coder can do that.
+std::uint32_t PingWithMagick(std::span<const std::uint8_t> file, const MagickOptions& options, MagickSummary& found);
+
+// File information of a file with `pages` pages, the first of which is as found.
+glib::FileInfo* InfoOf(const char* path, std::uint32_t id, const MagickSummary& found, std::int32_t pages);
+
 // File information without decoding where the coder can do that.
 std::uint32_t InfoWithMagick(const char* path, std::uint32_t id, const MagickOptions& options, glib::FileInfo** info);
 

@@ -28,6 +28,18 @@ bool broken = false;
 
 void Ignore(ExceptionType, const char*, const char*) {}
 
+// Before every call: a JNG that breaks off leaves its own size behind as the limit of all that comes later.
+void SetLimits() {
+  SetMagickResourceLimit(MemoryResource, kMaxMemory);
+  SetMagickResourceLimit(PixelsResource, static_cast<magick_int64_t>(modules::kMaxPagePixels));
+  SetMagickResourceLimit(WidthResource, modules::kMaxSide);
+  SetMagickResourceLimit(HeightResource, modules::kMaxSide);
+  SetMagickResourceLimit(ReadResource, kMaxRead);
+  SetMagickResourceLimit(DiskResource, 0);
+  SetMagickResourceLimit(MapResource, 0);
+  SetMagickResourceLimit(ThreadsResource, 1);
+}
+
 void Start() {
   static bool started = false;
   if (started) return;
@@ -39,14 +51,6 @@ void Start() {
   SetErrorHandler(Ignore);
   SetWarningHandler(Ignore);
   SetFatalErrorHandler(Escape);
-  SetMagickResourceLimit(MemoryResource, kMaxMemory);
-  SetMagickResourceLimit(PixelsResource, static_cast<magick_int64_t>(modules::kMaxPagePixels));
-  SetMagickResourceLimit(WidthResource, modules::kMaxSide);
-  SetMagickResourceLimit(HeightResource, modules::kMaxSide);
-  SetMagickResourceLimit(ReadResource, kMaxRead);
-  SetMagickResourceLimit(DiskResource, 0);
-  SetMagickResourceLimit(MapResource, 0);
-  SetMagickResourceLimit(ThreadsResource, 1);
 }
 
 // A null `image_info` gives the defaults. The coder stands in both places, so that nothing else is asked.
@@ -115,6 +119,7 @@ MagickRead(const std::uint8_t* bytes, std::size_t size, const MagickOptions* opt
            glib::ImageDataExchange* exchange) {
   if (!broken && setjmp(escape) == 0) {
     Start();
+    SetLimits();
     return Read(bytes, size, *options, *exchange);
   }
   broken = true;
@@ -126,6 +131,7 @@ ZEFA_HELPER_ENTRY(std::uint32_t)
 MagickPing(const std::uint8_t* bytes, std::size_t size, const MagickOptions* options, MagickSummary* info) {
   if (!broken && setjmp(escape) == 0) {
     Start();
+    SetLimits();
     return Ping(bytes, size, *options, *info);
   }
   broken = true;
