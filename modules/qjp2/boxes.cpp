@@ -10,6 +10,7 @@ namespace qjp2 {
 namespace {
 
 constexpr std::uint32_t kHeader = 0x6A703268;             // "jp2h"
+constexpr std::uint32_t kColours = 0x636F6C72;            // "colr"
 constexpr std::uint32_t kPalette = 0x70636C72;            // "pclr"
 constexpr std::uint32_t kResolution = 0x72657320;         // "res "
 constexpr std::uint32_t kCaptureResolution = 0x72657363;  // "resc"
@@ -70,9 +71,19 @@ void ReadResolution(std::span<const std::uint8_t> data, Boxes& boxes) {
   boxes.dpiX = modules::DpiFromMetre(fraction[1] * scale());
 }
 
+void ReadColours(std::span<const std::uint8_t> data, Boxes& boxes) {
+  constexpr std::uint8_t kByNumber = 1;
+  constexpr std::uint32_t kInks = 12;
+  modules::ByteReader in(data);
+  const bool byNumber = in.Byte() == kByNumber;
+  in.Skip(2);
+  if (byNumber && in.BigLong() == kInks) boxes.inks = true;
+}
+
 void ReadHeaderBox(std::span<const std::uint8_t> data, Boxes& boxes) {
   modules::ByteReader in(data);
   for (Box box{}; NextBox(in, box);) {
+    if (box.kind == kColours) ReadColours(box.data, boxes);
     if (box.kind == kPalette) ReadPalette(box.data, boxes);
     if (box.kind != kResolution) continue;
     modules::ByteReader inner(box.data);

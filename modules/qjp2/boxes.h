@@ -14,6 +14,7 @@ struct Boxes {
   std::vector<std::uint32_t> palette;
   // Colours that a palette of another form gives for each index; 0: no palette.
   std::uint32_t paletteColumns = 0;
+  bool inks = false;  // the first four components are cyan, magenta, yellow and black
   double dpiX = 72.0;
   double dpiY = 72.0;
 };

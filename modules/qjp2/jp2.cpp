@@ -21,9 +21,9 @@ struct Channels {
   bool alpha = false;         // the one behind the colours
 };
 
-Channels ChannelsOf(std::uint32_t count, OPJ_COLOR_SPACE space) {
+Channels ChannelsOf(std::uint32_t count, bool inks) {
   if (count <= 2) return {1, count == 2};
-  if (count >= 4 && space == OPJ_CLRSPC_CMYK) return {4, count > 4};
+  if (count >= 4 && inks) return {4, count > 4};
   return {3, count > 3};
 }
 
@@ -37,7 +37,7 @@ std::uint32_t PageBits(const Boxes& boxes, const opj_image_t& image) {
     return bits == 1 ? 1 : bits <= 4 ? 4 : 8;
   }
   const std::uint32_t count = boxes.paletteColumns != 0 ? boxes.paletteColumns : image.numcomps;
-  const Channels channels = ChannelsOf(count, image.color_space);
+  const Channels channels = ChannelsOf(count, boxes.inks);
   if (channels.alpha) return 32;
   return channels.colours == 1 ? 8 : 24;
 }
@@ -111,8 +111,8 @@ Colour FromInk(const std::uint8_t* ink) {
 
 class PixelReader {
  public:
-  explicit PixelReader(const opj_image_t& image)
-      : channels_(ChannelsOf(image.numcomps, image.color_space)), space_(image.color_space) {
+  PixelReader(const opj_image_t& image, bool inks)
+      : channels_(ChannelsOf(image.numcomps, inks)), space_(image.color_space) {
     const std::uint32_t count = channels_.colours + (channels_.alpha ? 1U : 0U);
     for (std::uint32_t i = 0; i < count; ++i) components_.emplace_back(image, i);
     if (channels_.alpha) multiplied_ = image.comps[count - 1].alpha == 2;
@@ -180,9 +180,9 @@ void WritePixels(const PixelReader& pixels, modules::Page& page) {
 
 std::uint32_t PageOf(const opj_image_t& image, const Boxes& boxes, glib::ImageDataExchange& exchange) {
   const bool indexed = KeepsPalette(boxes, image);
-  const PixelReader pixels(image);
+  const PixelReader pixels(image, boxes.inks);
   if (!pixels.Usable()) return modules::Fail(exchange, glib::IERR, "The picture lacks components");
-  const Channels channels = ChannelsOf(image.numcomps, image.color_space);
+  const Channels channels = ChannelsOf(image.numcomps, boxes.inks);
   const std::uint32_t plainBits = channels.alpha ? 32 : channels.colours == 1 ? 8 : 24;
   const std::uint32_t bits = indexed ? PageBits(boxes, image) : plainBits;
   modules::Page* page = modules::AddPage(exchange, image.comps[0].w, image.comps[0].h, bits);
