@@ -14,6 +14,8 @@ namespace {
 using Bytes = std::span<const std::uint8_t>;
 
 constexpr std::uint32_t kJngId = 0x3000001E;
+// Pictures that can't be read, until the rest isn't tried any more: a loop would bring them back for ages.
+constexpr std::uint32_t kMaxFailures = 64;
 
 modules::MagickOptions OptionsFor(bool photograph, Bytes file) {
   constexpr std::size_t kColourAt = 24;  // in the header of a JNG
@@ -24,6 +26,7 @@ modules::MagickOptions OptionsFor(bool photograph, Bytes file) {
 
 std::uint32_t LoadAnimation(Bytes file, glib::ImageDataExchange& exchange) {
   std::uint32_t last = modules::Fail(exchange, glib::IERR, "The file has no pictures");
+  std::uint32_t failures = 0;
   qmng::ForEachFrame(file, [&](const qmng::Frame& frame) {
     const std::uint32_t before = exchange.pages.count;
     // One that can't be read is left out; why it can't stays in the message.
@@ -33,8 +36,9 @@ std::uint32_t LoadAnimation(Bytes file, glib::ImageDataExchange& exchange) {
       exchange.pages.At(before)->delay = frame.delay;
     } else {
       last = result;
+      ++failures;
     }
-    return exchange.pages.count < modules::kMaxPages;
+    return exchange.pages.count < modules::kMaxPages && failures < kMaxFailures;
   });
   if (exchange.pages.count == 0) return last == glib::RCOK ? glib::IERR : last;
   if (exchange.pages.count == 1) exchange.pages.At(0)->delay = qmng::Frame().delay;

@@ -53,7 +53,7 @@ struct Loop {
 std::uint32_t RoundsOf(const Chunk& loop) {
   modules::ByteReader in(loop.data);
   in.Skip(1);
-  return in.BigLong();
+  return std::max(in.BigLong(), 1U);
 }
 
 // Whether all loops together end within the bound.
@@ -66,7 +66,7 @@ bool LoopsEndSoon(const std::vector<Chunk>& chunks) {
     } else if (chunk.name == Name("ENDL") && rounds.size() > 1) {
       rounds.pop_back();
     }
-    played = std::min(played + std::max<std::uint64_t>(rounds.back(), 1), kMaxPlayed + 1);
+    played = std::min(played + rounds.back(), kMaxPlayed + 1);
   }
   return played <= kMaxPlayed;
 }

@@ -152,6 +152,8 @@ TEST_F(Qmng, LoopsPlayAsOftenAsTheyEnd) {
       {"for ever", Loop(0, kForever, frame + frame), 2},
       {"nothing for ever", frame + Loop(0, kForever, ""), 1},
       {"ages within each other", frame + Loop(0, 50000, Loop(1, 50000, Loop(2, 50000, ""))), 1},
+      {"ages within no round", frame + Loop(0, 0, Loop(1, kForever, "")), 1},
+      {"ages of what can't be read", frame + Loop(0, 60000, Chunk("IHDR", "") + Chunk("IEND", "")), 1},
       {"ages of frames", Loop(0, 3000, Loop(1, 3000, frame)), 1},
       {"without an end", frame + Chunk("LOOP", "\0\x7F\xFF\xFF\xFF"sv), 1},
   };
