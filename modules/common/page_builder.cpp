@@ -95,6 +95,10 @@ void DropLastPage(glib::ImageDataExchange& exchange) {
   if (exchange.pages.count != 0) delete exchange.pages.Remove(exchange.pages.count - 1);
 }
 
+void DropPages(glib::ImageDataExchange& exchange, std::uint32_t keep) {
+  while (exchange.pages.count > keep) DropLastPage(exchange);
+}
+
 void SetGrayRamp(Page& page, std::uint32_t levels) {
   for (std::uint32_t i = 0; i < levels && i < 256; ++i) {
     const auto grey = static_cast<std::uint8_t>(levels > 1 ? i * 255 / (levels - 1) : 0);
