@@ -1,6 +1,7 @@
 #include "modules/common/entries.h"
 
 #include "glib/module_api/format_rows.h"
+#include "modules/common/header_bytes.h"
 #include "modules/common/page_builder.h"
 #include "modules/common/source.h"
 #include "modules/qani/ani.h"
@@ -10,7 +11,6 @@
 namespace {
 
 constexpr std::uint32_t kAniId = 0x30000005;
-constexpr std::size_t kUsualStart = 1024;
 
 std::uint32_t InfoOf(const qani::IconSummary& icon, std::uint32_t pages, const char* path, std::uint32_t id,
                      glib::FileInfo** info) {
@@ -18,6 +18,14 @@ std::uint32_t InfoOf(const qani::IconSummary& icon, std::uint32_t pages, const c
                                static_cast<std::int32_t>(icon.bits), static_cast<std::int32_t>(pages), icon.dpiX,
                                icon.dpiY);
   return glib::RCOK;
+}
+
+std::uint32_t InfoOfIcon(std::span<const std::uint8_t> file, const char* path, std::uint32_t id,
+                         glib::FileInfo** info) {
+  qani::IconSummary icon;
+  const modules::Verdict verdict = qani::SummarizeIcon(file, icon);
+  if (verdict.result != glib::RCOK) return verdict.result;
+  return InfoOf(icon, qani::CountOfIcons(file), path, id, info);
 }
 
 // The order of the steps may stand behind the frames, so that this one takes the whole file.
@@ -52,11 +60,10 @@ ZEFA_ENTRY LoadImageData(const char* source, glib::ImageDataExchange* exchange, 
 
 ZEFA_ENTRY GetFileInfo(const char* path, std::uint32_t id, glib::FileInfo** info) {
   if (id == kAniId) return InfoOfAnimation(path, id, info);
-  modules::Source file(path, kUsualStart);
-  if (!file.Ok()) return glib::IERR;
-  qani::IconSummary icon;
-  if (qani::BytesToSummarize(file.Bytes()) > file.Bytes().size()) file = modules::Source(path);
-  const modules::Verdict verdict = qani::SummarizeIcon(file.Bytes(), icon);
-  if (verdict.result != glib::RCOK) return verdict.result;
-  return InfoOf(icon, qani::CountOfIcons(file.Bytes()), path, id, info);
+  std::uint32_t result = glib::IERR;
+  modules::ReadHeaderBytes(path, [&](std::span<const std::uint8_t> start) {
+    result = InfoOfIcon(start, path, id, info);
+    return result == glib::RCOK;
+  });
+  return result;
 }

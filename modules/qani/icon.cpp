@@ -11,8 +11,6 @@ namespace {
 constexpr std::size_t kDirectoryHead = 6;
 constexpr std::size_t kEntryBytes = 16;
 constexpr std::size_t kOffsetInEntry = 12;
-// What the headers of a picture can take, of a bitmap with masks or of a PNG file.
-constexpr std::size_t kImageHeaderBytes = 128;
 constexpr modules::Verdict kNoPicture{glib::IERR, "The directory of the icon lists no picture"};
 
 // Where picture `index` of the directory begins; the end of the file if that is nowhere.
@@ -32,8 +30,6 @@ std::uint32_t CountOfIcons(std::span<const std::uint8_t> file) {
   const std::uint32_t count = in.Word();
   return reserved == 0 && (kind == 1 || kind == 2) ? count : 0;
 }
-
-std::size_t BytesToSummarize(std::span<const std::uint8_t> start) { return OffsetOf(start, 0) + kImageHeaderBytes; }
 
 modules::Verdict SummarizeIcon(std::span<const std::uint8_t> file, IconSummary& summary) {
   if (CountOfIcons(file) == 0) return kNoPicture;

@@ -23,9 +23,6 @@ struct IconSummary {
 // How many pictures the directory lists; 0 for what is no icon or cursor.
 std::uint32_t CountOfIcons(std::span<const std::uint8_t> file);
 
-// How much of a file SummarizeIcon needs, as its directory says, of which `start` must hold the first entry.
-std::size_t BytesToSummarize(std::span<const std::uint8_t> start);
-
 // The first picture, by its header.
 modules::Verdict SummarizeIcon(std::span<const std::uint8_t> file, IconSummary& summary);
 

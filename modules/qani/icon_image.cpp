@@ -3,12 +3,46 @@
 #include <algorithm>
 #include <cstring>
 
-#include "modules/qani/png_frame.h"
+#include "modules/common/png_reader.h"
 
 namespace qani {
 namespace {
 
 constexpr std::uint32_t kAlpha = 0xFF000000;
+constexpr std::uint8_t kPngSignature[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+
+bool IsPng(std::span<const std::uint8_t> image) {
+  return image.size() >= sizeof(kPngSignature) &&
+         std::equal(std::begin(kPngSignature), std::end(kPngSignature), image.begin());
+}
+
+modules::Verdict CheckSize(const modules::PngReader& png) {
+  if (modules::SizeAllowed(png.Width(), png.Height())) return modules::kFine;
+  return {glib::NSUP, "The picture is too large"};
+}
+
+modules::Verdict SummarizePng(std::span<const std::uint8_t> image, IconSummary& summary) {
+  modules::PngReader png(image);
+  if (!png.ReadHeader()) return {glib::IERR, "The header of a PNG picture is damaged"};
+  summary = {png.Width(), png.Height(), png.Bits(), modules::CheckedDpi(png.DpiX()), modules::CheckedDpi(png.DpiY())};
+  return CheckSize(png);
+}
+
+std::uint32_t LoadPng(std::span<const std::uint8_t> image, glib::ImageDataExchange& exchange, std::size_t& used) {
+  modules::PngReader png(image);
+  if (!png.ReadHeader()) return modules::Fail(exchange, glib::IERR, png.Cause());
+  const modules::Verdict verdict = CheckSize(png);
+  if (verdict.result != glib::RCOK) return modules::Fail(exchange, verdict);
+  modules::Page* page = modules::AddPage(exchange, png.Width(), png.Height(), png.Bits());
+  if (page == nullptr) return glib::IERR;
+  page->dpiX = png.DpiX();
+  page->dpiY = png.DpiY();
+  png.FillPalette(*page);
+  const bool whole = png.ReadRows(*page);
+  used = std::max<std::size_t>(png.BytesRead(), 1);
+  if (whole) return glib::RCOK;
+  return modules::EndOfRows(exchange, png.AnyRow() ? 1 : 0, 2);
+}
 
 // The mask of an icon's picture: a bit for each pixel, set where the screen shows through.
 struct Mask {
