@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <png.h>
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
