@@ -66,7 +66,7 @@ std::uint32_t ReadPlane(const PsdFile& psd, const LayerRecord& record, const Lay
   PlaneReader reader(plane.data, ShapeOf(psd, record.box));
   std::vector<std::uint8_t> row(record.box.Width());
   for (std::uint32_t y = 0; y < record.box.Height(); ++y) {
-    if (!reader.Next(row.data())) return y;
+    if (!reader.Next(row.data(), !alpha)) return y;
     PutRow(channel, row.data(), page, y);
   }
   return record.box.Height();
@@ -97,7 +97,7 @@ void LayMask(const PsdFile& psd, const LayerRecord& record, const LayerRecord::P
     if (y + above < 0 || y + above >= box.Height()) FadeRow(outside.data(), page, static_cast<std::uint32_t>(y));
   }
   for (std::int64_t maskY = 0; maskY < box.Height(); ++maskY) {
-    if (!reader.Next(source.data())) return;
+    if (!reader.Next(source.data(), false)) return;
     const std::int64_t y = maskY - above;
     if (y < 0 || y >= page.height) continue;
     for (std::int64_t x = first; x < last; ++x) {

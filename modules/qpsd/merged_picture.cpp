@@ -33,7 +33,7 @@ std::uint64_t ReadPlanes(const PsdFile& psd, std::uint32_t planes, PlaneReader& 
   for (std::uint32_t plane = 0; plane < planes; ++plane) {
     const Channel channel = ChannelAt(psd, plane, static_cast<std::uint32_t>(page.bits));
     for (std::uint32_t y = 0; y < psd.height; ++y, ++rows) {
-      if (!reader.Next(row.data())) return rows;
+      if (!reader.Next(row.data(), channel != Channel::kAlpha)) return rows;
       PutRow(channel, row.data(), page, y);
     }
   }

@@ -15,6 +15,10 @@ std::uint32_t BigWordAt(const std::uint8_t* at) { return static_cast<std::uint32
 
 float FloatAt(const std::uint8_t* at) { return std::bit_cast<float>(BigWordAt(at) << 16 | BigWordAt(at + 2)); }
 
+std::uint8_t ToByte(float value) {
+  return value > 0.0F ? static_cast<std::uint8_t>(std::min(value, 1.0F) * 255 + 0.5F) : std::uint8_t{0};
+}
+
 void HalveSamples(const std::uint8_t* wide, std::uint8_t* samples, std::size_t count) {
   for (std::size_t x = 0; x < count; ++x) {
     samples[x] = static_cast<std::uint8_t>((BigWordAt(wide + 2 * x) * 255 + 32767) / 65535);
@@ -39,7 +43,7 @@ bool PlaneReader::Believable() const {
   return zip_ ? modules::InflatedSizeBelievable(bytes, present) : bytes / modules::kMaxRunPixelsPerByte <= present;
 }
 
-bool PlaneReader::Next(std::uint8_t* samples) {
+bool PlaneReader::Next(std::uint8_t* samples, bool light) {
   const std::size_t rowBytes = shape_.RowBytes();
   std::uint8_t* row = shape_.depth > 8 ? wide_.data() : samples;
   if (zip_) {
@@ -52,7 +56,10 @@ bool PlaneReader::Next(std::uint8_t* samples) {
   if (encoding_ == kPredicted) UndoPrediction(row);
   if (shape_.depth == 16) HalveSamples(row, samples, shape_.width);
   if (shape_.depth == 32) {
-    for (std::size_t x = 0; x < shape_.width; ++x) samples[x] = OnCurve(curve_, FloatAt(row + 4 * x));
+    for (std::size_t x = 0; x < shape_.width; ++x) {
+      const float value = FloatAt(row + 4 * x);
+      samples[x] = light ? OnCurve(curve_, value) : ToByte(value);
+    }
   }
   return true;
 }

@@ -32,8 +32,9 @@ class PlaneReader {
   // Whether the data can hold so many samples.
   bool Believable() const;
 
-  // The next row, as 8-bit samples (or packed bits where a sample is one bit). False: there is no more.
-  bool Next(std::uint8_t* samples);
+  // The next row, as 8-bit samples (or packed bits where a sample is one bit). False: there is no more. Samples of 32
+  // bits are linear: amounts of light, or else of cover.
+  bool Next(std::uint8_t* samples, bool light);
 
  private:
   enum Encoding : std::uint32_t { kRaw = 0, kRuns = 1, kZip = 2, kPredicted = 3 };
