@@ -14,11 +14,12 @@ struct Composite {
   PictureKind kind;
   std::uint32_t width = 0;
   std::uint32_t height = 0;
-  std::span<const std::uint8_t> channels;  // the blocks
+  std::span<const std::uint8_t> channels;  // the blocks, or
+  std::span<const std::uint8_t> jpeg;      // a file of that format
   bool found = false;
 };
 
-// The one in full size, unless it is stored as a JPEG, which has lost something.
+// The one in full size.
 Composite FindComposite(const PspFile& psp);
 
 std::uint32_t LoadComposite(const PspFile& psp, const Composite& composite, glib::ImageDataExchange& exchange);
