@@ -3,6 +3,7 @@
 #include <bit>
 #include <cmath>
 #include <functional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -356,9 +357,8 @@ TEST_F(Qpsd, RefusesWhatItCanNotHold) {
 }
 
 TEST_F(Qpsd, ACutFileGivesWhatThereIs) {
-  Bytes psd = MakePsd(Picture(kRgb, 3));
-  psd.resize(psd.size() - 19 * 5 - 1);
-  const Loaded loaded = host_.Load(psd, kPsdId);
+  const Bytes psd = MakePsd(Picture(kRgb, 3));
+  const Loaded loaded = host_.Load(std::span(psd).first(psd.size() - 19 * 5 - 1), kPsdId);
   ASSERT_EQ(loaded.result, glib::RCOK);
   EXPECT_NE(loaded.message, "");
   EXPECT_EQ(PixelAt(loaded.PageAt(0), 18, 3), Word(Sample(0, 18, 3), Sample(1, 18, 3), 0));
