@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "modules/common/layer_alpha.h"
 #include "modules/common/limits.h"
 #include "modules/qpsd/channels.h"
 #include "modules/qpsd/layer_records.h"
@@ -20,8 +21,6 @@ struct Outer {
   std::uint32_t opacity = 255;
 };
 
-std::uint32_t Multiply(std::uint32_t left, std::uint32_t right) { return (left * right + 127) / 255; }
-
 // For each record the groups that it is in, from the topmost down, as a group stands above its members.
 std::vector<Outer> OuterOf(const std::vector<LayerRecord>& records) {
   std::vector<Outer> outer(records.size());
@@ -30,7 +29,7 @@ std::vector<Outer> OuterOf(const std::vector<LayerRecord>& records) {
     outer[i] = open.back();
     const LayerRecord& record = records[i];
     if (record.kind == LayerKind::kGroup) {
-      open.push_back({open.back().visible && record.visible, Multiply(open.back().opacity, record.opacity)});
+      open.push_back({open.back().visible && record.visible, modules::Share(open.back().opacity, record.opacity)});
     } else if (record.kind == LayerKind::kGroupEnd && open.size() > 1) {
       open.pop_back();
     }
@@ -72,39 +71,15 @@ std::uint32_t ReadPlane(const PsdFile& psd, const LayerRecord& record, const Lay
   return record.box.Height();
 }
 
-void FadeRow(const std::uint8_t* by, modules::Page& page, std::uint32_t y) {
-  std::uint8_t* alpha = modules::Row(page, y) + 3;
-  for (std::int32_t x = 0; x < page.width; ++x, alpha += 4) {
-    *alpha = static_cast<std::uint8_t>(Multiply(*alpha, by[x]));
-  }
-}
-
-// Rows of the mask that are within the layer; around the mask its outer value counts.
-void LayMask(const PsdFile& psd, const LayerRecord& record, const LayerRecord::Plane& plane, modules::Page& page) {
+void ReadMask(const PsdFile& psd, const LayerRecord& record, const LayerRecord::Plane& plane, modules::Page& page) {
   const Box& box = record.mask.box;
   if (!record.mask.used || !modules::SizeAllowed(box.Width(), box.Height())) return;
   PlaneReader reader(plane.data, ShapeOf(psd, box));
   if (!reader.Known() || !reader.Believable()) return;
-  std::vector<std::uint8_t> source(box.Width());
-  std::vector<std::uint8_t> row(record.box.Width(), record.mask.outside);
-  // In 64 bits: places are any numbers of 32.
-  const std::int64_t above = std::int64_t{record.box.top} - box.top;
-  const std::int64_t shift = std::int64_t{box.left} - record.box.left;
-  const std::int64_t first = std::max<std::int64_t>(0, -shift);
-  const std::int64_t last = std::min<std::int64_t>(box.Width(), page.width - shift);
-  const std::vector<std::uint8_t> outside(row);
-  for (std::int64_t y = 0; y < page.height; ++y) {
-    if (y + above < 0 || y + above >= box.Height()) FadeRow(outside.data(), page, static_cast<std::uint32_t>(y));
-  }
-  for (std::int64_t maskY = 0; maskY < box.Height(); ++maskY) {
-    if (!reader.Next(source.data(), false)) return;
-    const std::int64_t y = maskY - above;
-    if (y < 0 || y >= page.height) continue;
-    for (std::int64_t x = first; x < last; ++x) {
-      row[static_cast<std::size_t>(x + shift)] = source[static_cast<std::size_t>(x)];
-    }
-    FadeRow(row.data(), page, static_cast<std::uint32_t>(y));
-  }
+  const modules::MaskPlace place{std::int64_t{box.left} - record.box.left, std::int64_t{box.top} - record.box.top,
+                                 box.Width(), box.Height(), record.mask.outside};
+  modules::LayMask(
+      place, [&](std::uint8_t* row) { return reader.Next(row, false); }, page);
 }
 
 std::uint32_t LoadLayer(const PsdFile& psd, const LayerRecord& record, const Outer& outer,
@@ -131,12 +106,8 @@ std::uint32_t LoadLayer(const PsdFile& psd, const LayerRecord& record, const Out
   const std::uint32_t result = modules::EndOfRows(exchange, rows, record.box.Height());
   if (result != glib::RCOK) return result;
   FinishColours(psd, *page);
-  if (mask != nullptr) LayMask(psd, record, *mask, *page);
-  const std::vector<std::uint8_t> opacity(record.box.Width(),
-                                          static_cast<std::uint8_t>(Multiply(record.opacity, outer.opacity)));
-  if (opacity[0] != 255) {
-    for (std::uint32_t y = 0; y < record.box.Height(); ++y) FadeRow(opacity.data(), *page, y);
-  }
+  if (mask != nullptr) ReadMask(psd, record, *mask, *page);
+  modules::FadePage(static_cast<std::uint8_t>(modules::Share(record.opacity, outer.opacity)), *page);
   return glib::RCOK;
 }
 

@@ -117,10 +117,4 @@ std::uint32_t AddPicture(const PicturePlan& plan, std::span<const ChannelData> c
   return modules::EndOfRows(exchange, rows, plan.height);
 }
 
-void FadeRow(const std::uint8_t* by, modules::Page& page, std::uint32_t y) {
-  std::uint8_t* alpha = modules::Row(page, y) + 3;
-  for (std::int32_t x = 0; x < page.width; ++x, alpha += 4)
-    *alpha = static_cast<std::uint8_t>((*alpha * by[x] + 127) / 255);
-}
-
 }  // namespace qpsp

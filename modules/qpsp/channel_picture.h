@@ -27,9 +27,6 @@ struct PicturePlan {
 std::uint32_t AddPicture(const PicturePlan& plan, std::span<const ChannelData> channels,
                          glib::ImageDataExchange& exchange);
 
-// Multiplies alpha of row `y` of a page of 32 bits.
-void FadeRow(const std::uint8_t* by, modules::Page& page, std::uint32_t y);
-
 }  // namespace qpsp
 
 #endif  // MODULES_QPSP_CHANNEL_PICTURE_H_

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "modules/common/layer_alpha.h"
 #include "modules/common/limits.h"
 #include "modules/qpsp/channel_picture.h"
 
@@ -90,8 +91,6 @@ Layer ReadLayer(const Block& block, std::uint32_t version) {
   return layer;
 }
 
-std::uint32_t Multiply(std::uint32_t left, std::uint32_t right) { return (left * right + 127) / 255; }
-
 // How many layers are in a group, by the block that says so.
 std::uint32_t MembersOf(const Layer& layer, std::uint32_t version) {
   BlockList blocks(layer.blocks, version);
@@ -103,7 +102,7 @@ std::uint32_t MembersOf(const Layer& layer, std::uint32_t version) {
 }
 
 // Where there is no mask, nothing is hidden.
-void LayMask(const Layer& layer, const ChannelData& channel, Compression compression, modules::Page& page) {
+void ReadMask(const Layer& layer, const ChannelData& channel, Compression compression, modules::Page& page) {
   const Box& saved = layer.mask.saved;
   const std::int64_t width = saved.Width();
   const std::int64_t height = saved.Height();
@@ -113,20 +112,11 @@ void LayMask(const Layer& layer, const ChannelData& channel, Compression compres
   }
   ChannelReader reader(channel, compression, static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height), 8);
   if (!reader.Believable()) return;
-  const std::int64_t shiftX = std::int64_t{layer.mask.X()} - layer.place.X();
-  const std::int64_t shiftY = std::int64_t{layer.mask.Y()} - layer.place.Y();
-  const std::int64_t first = std::max<std::int64_t>(0, -shiftX);
-  const std::int64_t last = std::min<std::int64_t>(width, page.width - shiftX);
-  std::vector<std::uint8_t> source(static_cast<std::size_t>(width));
-  std::vector<std::uint8_t> row(static_cast<std::size_t>(page.width), 255);
-  for (std::int64_t maskY = 0; maskY < height && reader.Next(source.data()); ++maskY) {
-    const std::int64_t y = maskY + shiftY;
-    if (y < 0 || y >= page.height) continue;
-    for (std::int64_t x = first; x < last; ++x) {
-      row[static_cast<std::size_t>(x + shiftX)] = source[static_cast<std::size_t>(x)];
-    }
-    FadeRow(row.data(), page, static_cast<std::uint32_t>(y));
-  }
+  const modules::MaskPlace place{std::int64_t{layer.mask.X()} - layer.place.X(),
+                                 std::int64_t{layer.mask.Y()} - layer.place.Y(), static_cast<std::uint32_t>(width),
+                                 static_cast<std::uint32_t>(height), 255};
+  modules::LayMask(
+      place, [&](std::uint8_t* row) { return reader.Next(row); }, page);
 }
 
 std::uint32_t LoadLayer(const PspFile& psp, const Layer& layer, std::span<const ChannelData> channels,
@@ -146,11 +136,8 @@ std::uint32_t LoadLayer(const PspFile& psp, const Layer& layer, std::span<const 
   page.visible = layer.visible ? 1 : 0;
   page.name.Assign(layer.name.c_str());
   page.dpiX = page.dpiY = psp.dpiX;
-  if (masked) LayMask(layer, *mask, psp.kind.compression, page);
-  if (layer.opacity == 255) return glib::RCOK;
-  const std::vector<std::uint8_t> opacity(static_cast<std::size_t>(page.width),
-                                          static_cast<std::uint8_t>(layer.opacity));
-  for (std::int32_t y = 0; y < page.height; ++y) FadeRow(opacity.data(), page, static_cast<std::uint32_t>(y));
+  if (masked) ReadMask(layer, *mask, psp.kind.compression, page);
+  modules::FadePage(static_cast<std::uint8_t>(layer.opacity), page);
   return glib::RCOK;
 }
 
@@ -167,7 +154,7 @@ std::vector<Layer> ReadLayers(const PspFile& psp) {
     if (!groups.empty()) {
       --groups.back().left;
       layer.visible = layer.visible && groups.back().visible;
-      layer.opacity = Multiply(layer.opacity, groups.back().opacity);
+      layer.opacity = modules::Share(layer.opacity, groups.back().opacity);
     }
     if (layer.kind == kGroupLayer && psp.version >= kNamesOfAnyLength) {
       groups.push_back({MembersOf(layer, psp.version), layer.opacity, layer.visible});

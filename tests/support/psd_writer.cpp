@@ -1,10 +1,9 @@
 #include "tests/support/psd_writer.h"
 
-#include <zlib.h>
-
 #include <algorithm>
 
 #include "tests/support/byte_writer.h"
+#include "tests/support/deflate.h"
 
 namespace tests {
 namespace {
@@ -71,14 +70,6 @@ void Predict(Bytes& row, std::uint32_t depth) {
     row[i - 2] = static_cast<std::uint8_t>(difference >> 8);
     row[i - 1] = static_cast<std::uint8_t>(difference);
   }
-}
-
-Bytes Deflate(const Bytes& bytes) {
-  uLongf size = compressBound(static_cast<uLong>(bytes.size()));
-  Bytes packed(size);
-  compress(packed.data(), &size, bytes.data(), static_cast<uLong>(bytes.size()));
-  packed.resize(size);
-  return packed;
 }
 
 Bytes EncodePlanes(const Planes& planes) {

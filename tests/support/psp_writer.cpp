@@ -1,11 +1,10 @@
 #include "tests/support/psp_writer.h"
 
-#include <zlib.h>
-
 #include <algorithm>
 #include <bit>
 
 #include "tests/support/byte_writer.h"
+#include "tests/support/deflate.h"
 
 namespace tests {
 namespace {
@@ -71,14 +70,6 @@ Bytes Runs(const Bytes& rows) {
     for (const std::size_t end = i + count; i < end; ++i) out.Byte(rows[i]);
   }
   return out.bytes;
-}
-
-Bytes Deflate(const Bytes& bytes) {
-  uLongf size = compressBound(static_cast<uLong>(bytes.size()));
-  Bytes packed(size);
-  compress(packed.data(), &size, bytes.data(), static_cast<uLong>(bytes.size()));
-  packed.resize(size);
-  return packed;
 }
 
 Bytes ChannelBlock(const PspSpec& spec, const PspChannel& channel, std::uint32_t width, std::uint32_t height) {
