@@ -104,6 +104,10 @@ void MakeOpaqueIfEmpty(Page& page, std::uint32_t firstRow, std::uint32_t rows) {
   for (std::size_t i = 3; i < bytes; i += 4) pixels[i] = 255;
 }
 
+void DropPages(glib::ImageDataExchange& exchange, std::uint32_t keep) {
+  while (exchange.pages.count > keep) DropLastPage(exchange);
+}
+
 void SetGrayRamp(Page& page, std::uint32_t levels) {
   for (std::uint32_t i = 0; i < levels && i < 256; ++i) {
     const auto grey = static_cast<std::uint8_t>(levels > 1 ? i * 255 / (levels - 1) : 0);

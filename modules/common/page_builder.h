@@ -49,6 +49,9 @@ std::uint32_t EndOfRows(glib::ImageDataExchange& exchange, std::uint32_t rows, s
 // Takes the last page back out of the exchange and deletes it with its raster.
 void DropLastPage(glib::ImageDataExchange& exchange);
 
+// The same with all pages but the first `keep`, for a load that fails half way.
+void DropPages(glib::ImageDataExchange& exchange, std::uint32_t keep = 0);
+
 inline std::uint8_t* Row(Page& page, std::uint32_t y) { return page.pixels + y * page.Stride(); }
 
 // An opaque palette entry; SetEntry with alpha 0 makes a transparent one.

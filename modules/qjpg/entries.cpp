@@ -8,7 +8,7 @@
 #include "modules/common/page_builder.h"
 #include "modules/common/source.h"
 #include "modules/common/upright_rows.h"
-#include "modules/qjpg/jpeg_reader.h"
+#include "modules/common/jpeg_reader.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include "modules/common/header_bytes.h"
 #include "modules/common/page_builder.h"
 #include "modules/common/source.h"
-#include "modules/qpng/png_reader.h"
+#include "modules/common/png_reader.h"
 
 using modules::Fail;
 using modules::PngReader;

@@ -1,4 +1,4 @@
-#include "modules/qpng/png_reader.h"
+#include "modules/common/png_reader.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "modules/qjpg/exif.h"
+#include "modules/common/exif.h"
 
 #include <cstring>
 

@@ -1,5 +1,5 @@
-#ifndef MODULES_QJPG_EXIF_H_
-#define MODULES_QJPG_EXIF_H_
+#ifndef MODULES_COMMON_EXIF_H_
+#define MODULES_COMMON_EXIF_H_
 
 #include <cstdint>
 #include <span>
@@ -18,4 +18,4 @@ Exif ReadExif(std::span<const std::uint8_t> marker);
 
 }  // namespace modules
 
-#endif  // MODULES_QJPG_EXIF_H_
+#endif  // MODULES_COMMON_EXIF_H_

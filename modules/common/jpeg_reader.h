@@ -1,5 +1,5 @@
-#ifndef MODULES_QJPG_JPEG_READER_H_
-#define MODULES_QJPG_JPEG_READER_H_
+#ifndef MODULES_COMMON_JPEG_READER_H_
+#define MODULES_COMMON_JPEG_READER_H_
 
 #include <csetjmp>
 #include <cstdint>
@@ -9,7 +9,7 @@
 
 #include <jpeglib.h>
 
-#include "modules/qjpg/exif.h"
+#include "modules/common/exif.h"
 
 namespace modules {
 
@@ -82,4 +82,4 @@ class JpegReader {
 
 }  // namespace modules
 
-#endif  // MODULES_QJPG_JPEG_READER_H_
+#endif  // MODULES_COMMON_JPEG_READER_H_

@@ -1,5 +1,5 @@
-#ifndef MODULES_QPNG_PNG_READER_H_
-#define MODULES_QPNG_PNG_READER_H_
+#ifndef MODULES_COMMON_PNG_READER_H_
+#define MODULES_COMMON_PNG_READER_H_
 
 #include <png.h>
 
@@ -40,6 +40,7 @@ class PngReader {
   bool AnyRow() const { return rowsRead_ != 0; }
 
   const char* Cause() const { return text_; }
+  std::size_t BytesRead() const { return position_; }
   unsigned Warnings() const { return warnings_; }
   bool EndsEarly() const { return endsEarly_; }
 
@@ -64,4 +65,4 @@ class PngReader {
 
 }  // namespace modules
 
-#endif  // MODULES_QPNG_PNG_READER_H_
+#endif  // MODULES_COMMON_PNG_READER_H_

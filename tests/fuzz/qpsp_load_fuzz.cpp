@@ -1,0 +1,8 @@
+#include "modules/qpsp/psp_loader.h"
+#include "tests/fuzz/fuzz_exchange.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  fuzz::Exchange exchange;
+  exchange.Check(qpsp::LoadPsp({data, size}, exchange));
+  return 0;
+}
