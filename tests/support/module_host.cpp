@@ -71,14 +71,14 @@ Loaded ModuleHost::Load(const std::string& path, std::uint32_t id) const {
   return loaded;
 }
 
-Loaded ModuleHost::Load(std::span<const std::uint8_t> bytes, std::uint32_t id) const {
+Loaded ModuleHost::Load(std::span<const std::uint8_t> bytes, std::uint32_t id, glib::BaseFormatDesc* loadWord) const {
   // In a block of exactly this size the address sanitizer sees a read past the end.
   const std::unique_ptr<std::uint8_t[]> exact(new std::uint8_t[bytes.size()]);
   if (!bytes.empty()) std::memcpy(exact.get(), bytes.data(), bytes.size());
   Loaded loaded = EmptyExchange();
   loaded.exchange->id = id;
   loaded.exchange->sourceSize = static_cast<std::uint32_t>(bytes.size());
-  loaded.result = load_(reinterpret_cast<const char*>(exact.get()), loaded.exchange.get(), nullptr);
+  loaded.result = load_(reinterpret_cast<const char*>(exact.get()), loaded.exchange.get(), loadWord);
   loaded.message = loaded.exchange->message->c_str();
   return loaded;
 }

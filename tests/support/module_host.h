@@ -40,7 +40,8 @@ class ModuleHost {
   bool HasEntry(const char* name) const;
 
   Loaded Load(const std::string& path, std::uint32_t id = glib::kAnyFormat) const;
-  Loaded Load(std::span<const std::uint8_t> bytes, std::uint32_t id = glib::kAnyFormat) const;
+  Loaded Load(std::span<const std::uint8_t> bytes, std::uint32_t id = glib::kAnyFormat,
+              glib::BaseFormatDesc* loadWord = nullptr) const;
 
   // Only for a module that HasEntry("LoadImageThumbnail").
   Loaded LoadThumbnail(const std::string& path, std::uint32_t width, std::uint32_t height) const;
