@@ -187,8 +187,8 @@ CandidateLists::Columns CandidateLists::CoarseList(std::uint32_t cube, unsigned 
   Stored& stored = coarse_[bits - kCoarsestBits][cube];
   if (stored.count == 0) {
     const std::uint32_t mask = (1U << bits) - 1;
-    const std::uint32_t around = (cube >> 2 * bits) >> 1 << 2 * (bits - 1) | (cube >> bits & mask) >> 1 << (bits - 1) |
-                                 (cube & mask) >> 1;
+    const std::uint32_t around =
+        (cube >> 2 * bits) >> 1 << 2 * (bits - 1) | (cube >> bits & mask) >> 1 << (bits - 1) | (cube & mask) >> 1;
     const Cube corners = CornersOf(cube, bits);
     Rivals rivals;
     HWY_DYNAMIC_DISPATCH(FindRivals)(CoarseList(around, bits - 1), corners, rivals);

@@ -72,8 +72,8 @@ class CandidateLists {
   std::array<std::int32_t, 256> red_;
   std::array<std::int32_t, 256> green_;
   std::array<std::int32_t, 256> blue_;
-  std::vector<CandidateGroup> entries_;                    // all of them
-  Stored all_;                                             // the same as columns
+  std::vector<CandidateGroup> entries_;                            // all of them
+  Stored all_;                                                     // the same as columns
   std::array<std::vector<Stored>, kBits - kCoarsestBits> coarse_;  // of 3 and 4 bits a channel
   std::vector<std::int32_t> pool_;
   std::vector<std::uint32_t> lists_;  // place in groups_ and number of groups; 0: not made yet

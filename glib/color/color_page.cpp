@@ -115,8 +115,8 @@ std::size_t ReadEveryNthColor(const ColorPage& page, std::uint32_t y, std::size_
       break;
     case 24:
       if (whole) done = HWY_DYNAMIC_DISPATCH(ReadWords24)(row, width, colors);
-      count = done + Walk(width, first + done, step, colors + done,
-                          [&](std::size_t x) { return Word24(row, x, width); });
+      count =
+          done + Walk(width, first + done, step, colors + done, [&](std::size_t x) { return Word24(row, x, width); });
       break;
     default:
       count = Walk(width, first, step, colors,

@@ -165,8 +165,8 @@ Scale ScaleOf(const Box& box) {
   return scale;
 }
 
-// Puts the lower part of a box before the upper and gives where that begins. Each cell is written to both sides, of which
-// one counts: a branch would be guessed wrong half of the time.
+// Puts the lower part of a box before the upper and gives where that begins. Each cell is written to both sides, of
+// which one counts: a branch would be guessed wrong half of the time.
 std::size_t Partition(std::vector<SplitCell>& cells, const Box& box, const Scale& scale, const Cut& cut,
                       std::vector<SplitCell>& scratch) {
   std::size_t lower = box.begin;

@@ -144,9 +144,10 @@ namespace glib {
 HWY_EXPORT(DiffuseRows);
 
 std::int32_t DiffusionStrength(std::size_t colorCount) {
-  // Half at 256 colours and three quarters at 16, along the logarithm.
+  // Half at 256 colours, 0.64 at 64 and 0.72 at 16. More keeps the shades better after a blur, less
+  // keeps the squared error smaller; measured on photographs and graphics, these do well by both.
   const double doublings = 8 - std::log2(static_cast<double>(std::clamp<std::size_t>(colorCount, 16, 256)));
-  return static_cast<std::int32_t>(256 * (0.5 + 0.25 * doublings / 4) + 0.5);
+  return static_cast<std::int32_t>(256 * (0.5 + (0.0875 - 0.008 * doublings) * doublings) + 0.5);
 }
 
 DampedDiffusion::DampedDiffusion(CandidateLists& lists, std::span<const std::uint32_t> colors, std::uint32_t firstIndex,

@@ -22,8 +22,7 @@ Steps StepsFor(std::span<const ColorPage> pages) {
   double total = 0;
   for (const ColorPage& page : pages) total += static_cast<double>(page.PixelCount());
   const double step = std::clamp(std::floor(std::sqrt(total / kEnough)), 2.0, 4.0);
-  return {static_cast<std::size_t>(step),
-          static_cast<std::size_t>(std::max(1.0, total / (step * step * kEnough * 2)))};
+  return {static_cast<std::size_t>(step), static_cast<std::size_t>(std::max(1.0, total / (step * step * kEnough * 2)))};
 }
 
 void CollectDrifts(const ColorPage& page, bool grayscale, std::size_t step, CandidateLists& lists,
