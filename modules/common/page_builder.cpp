@@ -104,6 +104,12 @@ void MakeOpaqueIfEmpty(Page& page, std::uint32_t firstRow, std::uint32_t rows) {
   for (std::size_t i = 3; i < bytes; i += 4) pixels[i] = 255;
 }
 
+void SetInkOnPaper(Page& page) {
+  SetEntry(page, 0, 255, 255, 255);
+  SetEntry(page, 1, 0, 0, 0);
+  page.paletteEntries = 2;
+}
+
 void SetGrayRamp(Page& page, std::uint32_t levels) {
   for (std::uint32_t i = 0; i < levels && i < 256; ++i) {
     const auto grey = static_cast<std::uint8_t>(levels > 1 ? i * 255 / (levels - 1) : 0);
