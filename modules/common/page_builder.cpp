@@ -108,6 +108,12 @@ void DropPages(glib::ImageDataExchange& exchange, std::uint32_t keep) {
   while (exchange.pages.count > keep) DropLastPage(exchange);
 }
 
+void SetInkOnPaper(Page& page) {
+  SetEntry(page, 0, 255, 255, 255);
+  SetEntry(page, 1, 0, 0, 0);
+  page.paletteEntries = 2;
+}
+
 void SetGrayRamp(Page& page, std::uint32_t levels) {
   for (std::uint32_t i = 0; i < levels && i < 256; ++i) {
     const auto grey = static_cast<std::uint8_t>(levels > 1 ? i * 255 / (levels - 1) : 0);

@@ -64,6 +64,21 @@ inline void SetEntry(Page& page, std::uint32_t index, std::uint8_t red, std::uin
 // An alpha that is 0 in all of these rows of a 32-bit page was never filled in: makes them opaque.
 void MakeOpaqueIfEmpty(Page& page, std::uint32_t firstRow, std::uint32_t rows);
 
+// Two entries for pages of 1 bit whose set bits are ink: white and black.
+void SetInkOnPaper(Page& page);
+
+// Bits of an index into so many entries, of the depths that pages have; 8 for more than 256.
+constexpr std::uint32_t IndexBits(std::size_t entries) {
+  if (entries <= 2) return 1;
+  return entries <= 16 ? 4 : 8;
+}
+
+// Puts an index into a row of 1, 4 or 8 bits that is still zero there.
+inline void PutIndex(std::uint8_t* row, std::uint32_t bits, std::size_t x, std::uint32_t index) {
+  const std::size_t perByte = 8 / bits;
+  row[x / perByte] = static_cast<std::uint8_t>(row[x / perByte] | index << (8 - bits - x % perByte * bits));
+}
+
 // Grey entries from black to white over the `levels` lowest indices; the page counts as grey.
 void SetGrayRamp(Page& page, std::uint32_t levels);
 

@@ -114,7 +114,7 @@ std::uint32_t ReadRows(std::span<const std::uint8_t> data, const GemHeader& head
       std::memcpy(first, planes.data(), planeBytes);
     } else {
       for (std::uint32_t x = 0; x < header.width; ++x) {
-        PutIndex(first, bits, x, PlaneValue(planes.data(), planeBytes, header.planes, x));
+        modules::PutIndex(first, bits, x, PlaneValue(planes.data(), planeBytes, header.planes, x));
       }
     }
     for (std::uint32_t i = 1; i < repeats && y + i < header.height; ++i) {
@@ -152,7 +152,7 @@ modules::Verdict ReadGemHeader(std::span<const std::uint8_t> file, GemHeader& he
   return modules::kFine;
 }
 
-std::uint32_t GemPageBits(const GemHeader& header) { return BitsOfPlanes(header.planes); }
+std::uint32_t GemPageBits(const GemHeader& header) { return modules::IndexBits(std::size_t{1} << header.planes); }
 
 std::uint32_t LoadGem(std::span<const std::uint8_t> file, glib::ImageDataExchange& exchange) {
   GemHeader header;

@@ -141,7 +141,7 @@ void PutIndices(const IffPicture& picture, std::span<const std::uint8_t> row, st
   for (std::uint32_t x = 0; x < picture.width; ++x) {
     const std::uint32_t index =
         picture.chunky ? row[x] & highest : PlaneValue(row.data(), planeBytes, picture.planes, x);
-    PutIndex(target, bits, x, index);
+    modules::PutIndex(target, bits, x, index);
   }
 }
 
@@ -185,7 +185,7 @@ std::uint32_t LoadOne(const IffPicture& picture, glib::ImageDataExchange& exchan
 std::uint32_t IffPageBits(const IffPicture& picture) {
   if (picture.masked || picture.planes == 32) return 32;
   if (picture.holdAndModify || picture.planes > 8) return 24;
-  return BitsOfPlanes(picture.planes);
+  return modules::IndexBits(std::size_t{1} << picture.planes);
 }
 
 std::uint32_t LoadIff(std::span<const std::uint8_t> file, glib::ImageDataExchange& exchange) {

@@ -58,9 +58,7 @@ void SetPalette(const SunHeader& header, std::span<const std::uint8_t> map, modu
     }
     page.paletteEntries = static_cast<std::uint32_t>(count);
   } else if (header.bits == 1) {
-    modules::SetEntry(page, 0, 255, 255, 255);
-    modules::SetEntry(page, 1, 0, 0, 0);
-    page.paletteEntries = 2;
+    modules::SetInkOnPaper(page);
   } else {
     modules::SetGrayRamp(page, 256);
   }

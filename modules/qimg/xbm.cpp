@@ -64,9 +64,7 @@ std::uint32_t LoadXbm(std::span<const std::uint8_t> file, glib::ImageDataExchang
   }
   modules::Page* page = modules::AddPage(exchange, header.width, header.height, 1);
   if (page == nullptr) return glib::NSUP;
-  modules::SetEntry(*page, 0, 255, 255, 255);
-  modules::SetEntry(*page, 1, 0, 0, 0);
-  page->paletteEntries = 2;
+  modules::SetInkOnPaper(*page);
   return modules::EndOfRows(exchange, ReadRows(CText(list), header, *page), header.height);
 }
 

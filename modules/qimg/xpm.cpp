@@ -6,7 +6,6 @@
 #include <unordered_map>
 
 #include "modules/qimg/c_text.h"
-#include "modules/qimg/planes.h"
 
 namespace qimg {
 namespace {
@@ -31,11 +30,6 @@ std::unordered_map<std::uint32_t, std::uint32_t> CountColours(modules::Page& pag
   return indices;
 }
 
-std::uint32_t BitsOfColours(std::size_t colours) {
-  if (colours <= 2) return 1;
-  return colours <= 16 ? 4 : 8;
-}
-
 }  // namespace
 
 modules::Verdict ReadXpmHeader(std::span<const std::uint8_t> file, XpmHeader& header) {
@@ -52,7 +46,7 @@ modules::Verdict ReadXpmHeader(std::span<const std::uint8_t> file, XpmHeader& he
 }
 
 std::uint32_t XpmPageBits(std::span<const std::uint8_t> file, const XpmHeader& header) {
-  if (header.colours <= kMaxColours) return BitsOfColours(header.colours);
+  if (header.colours <= kMaxColours) return modules::IndexBits(header.colours);
   const std::string_view text(reinterpret_cast<const char*>(file.data()), file.size());
   return text.find("None") != std::string_view::npos || text.find("none") != std::string_view::npos ? 32 : 24;
 }
@@ -74,7 +68,7 @@ void PutBackIntoPalette(std::uint32_t colours, glib::ImageDataExchange& exchange
   if (page.bits != 32) return;
   const auto indices = CountColours(page);
   if (indices.size() > kMaxColours) return;
-  const std::uint32_t bits = BitsOfColours(std::max<std::size_t>(indices.size(), colours));
+  const std::uint32_t bits = modules::IndexBits(std::max<std::size_t>(indices.size(), colours));
   const auto width = static_cast<std::uint32_t>(page.width);
   const auto height = static_cast<std::uint32_t>(page.height);
   std::uint8_t* const pixels = exchange.AllocateRaster(width, height, bits);
@@ -83,7 +77,7 @@ void PutBackIntoPalette(std::uint32_t colours, glib::ImageDataExchange& exchange
   for (std::uint32_t y = 0; y < height; ++y) {
     const std::uint8_t* const row = modules::Row(page, y);
     for (std::uint32_t x = 0; x < width; ++x) {
-      PutIndex(pixels + y * stride, bits, x, indices.at(PixelOf(row, x)));
+      modules::PutIndex(pixels + y * stride, bits, x, indices.at(PixelOf(row, x)));
     }
   }
   for (const auto& [colour, index] : indices) page.palette[index] = colour;

@@ -33,8 +33,7 @@ bool KeepsPalette(const Boxes& boxes, const opj_image_t& image) {
 
 std::uint32_t PageBits(const Boxes& boxes, const opj_image_t& image) {
   if (KeepsPalette(boxes, image)) {
-    const std::uint32_t bits = image.comps[0].prec;
-    return bits == 1 ? 1 : bits <= 4 ? 4 : 8;
+    return modules::IndexBits(std::size_t{1} << image.comps[0].prec);
   }
   const std::uint32_t count = boxes.paletteColumns != 0 ? boxes.paletteColumns : image.numcomps;
   const Channels channels = ChannelsOf(count, boxes.inks);
@@ -158,12 +157,10 @@ class PixelReader {
 void WriteIndices(const opj_image_t& image, modules::Page& page) {
   const Component indices(image, 0);
   const auto bits = static_cast<std::uint32_t>(page.bits);
-  const std::uint32_t perByte = 8 / bits;
   for (std::uint32_t y = 0; y < static_cast<std::uint32_t>(page.height); ++y) {
     std::uint8_t* const row = modules::Row(page, y);
     for (std::uint32_t x = 0; x < static_cast<std::uint32_t>(page.width); ++x) {
-      const auto index = static_cast<std::uint32_t>(indices.Raw(x, y));
-      row[x / perByte] = static_cast<std::uint8_t>(row[x / perByte] | index << (8 - bits - x % perByte * bits));
+      modules::PutIndex(row, bits, x, static_cast<std::uint32_t>(indices.Raw(x, y)));
     }
   }
 }

@@ -35,9 +35,7 @@ std::uint32_t LoadOne(std::span<const std::uint8_t> file, glib::ImageDataExchang
   modules::Page* page = modules::AddPage(exchange, header.width, header.height, PnmPageBits(header.kind));
   if (page == nullptr) return glib::NSUP;
   if (header.kind == PnmKind::kBits) {
-    modules::SetEntry(*page, 0, 255, 255, 255);
-    modules::SetEntry(*page, 1, 0, 0, 0);
-    page->paletteEntries = 2;
+    modules::SetInkOnPaper(*page);
   } else if (header.kind == PnmKind::kGrey) {
     modules::SetGrayRamp(*page, 256);
   }

@@ -42,9 +42,7 @@ std::uint32_t LoadOtb(std::span<const std::uint8_t> file, glib::ImageDataExchang
   }
   modules::Page* page = modules::AddPage(exchange, header.width, header.height, 1);
   if (page == nullptr) return glib::NSUP;
-  modules::SetEntry(*page, 0, 255, 255, 255);
-  modules::SetEntry(*page, 1, 0, 0, 0);
-  page->paletteEntries = 2;
+  modules::SetInkOnPaper(*page);
   for (std::uint32_t y = 0; y < rows; ++y) std::memcpy(modules::Row(*page, y), data.data() + y * rowBytes, rowBytes);
   return modules::EndOfRows(exchange, rows, header.height);
 }

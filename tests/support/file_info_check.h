@@ -9,6 +9,8 @@
 #include "glib/module_api/result_values.h"
 #include "tests/support/corpus.h"
 #include "tests/support/module_host.h"
+#include "tests/support/page_check.h"
+#include "tests/support/temporary_folder.h"
 
 namespace tests {
 
@@ -30,6 +32,15 @@ inline void CheckFileInfo(const ModuleHost& host, const std::string& path, std::
   std::string native = path;
   for (char& c : native) c = c == '\\' ? '/' : c;
   EXPECT_EQ(info->size, static_cast<std::int32_t>(std::filesystem::file_size(native)));
+}
+
+// The same for made files.
+inline void CheckFileInfos(const ModuleHost& host, const std::vector<PictureCase>& pictures, std::uint32_t id) {
+  const test_support::TemporaryFolder folder;
+  for (const PictureCase& c : pictures) {
+    const std::string_view text(reinterpret_cast<const char*>(c.file.data()), c.file.size());
+    CheckFileInfo(host, folder.Write(c.name, text), id);
+  }
 }
 
 // The same, and the look, for all files of a corpus folder. False if there is no corpus.

@@ -42,6 +42,10 @@ inline void CheckPicture(const PictureCase& wanted, const Loaded& loaded) {
   }
 }
 
+inline void CheckPictures(const ModuleHost& host, const std::vector<PictureCase>& pictures, std::uint32_t id) {
+  for (const PictureCase& c : pictures) CheckPicture(c, host.Load(c.file, id));
+}
+
 // A file that must be refused with this result, a cause and no page.
 struct RefusedCase {
   const char* name;

@@ -51,18 +51,9 @@ Form FormOf(const Image& image, const modules::MagickOptions& options, bool pixe
   return grey ? Form::kGrey : Form::kColour;
 }
 
-std::uint32_t IndexBits(unsigned colours) {
-  if (colours <= 2) return 1;
-  return colours <= 16 ? 4 : 8;
-}
-
 void WriteIndices(const IndexPacket* indices, std::uint32_t bits, std::uint8_t* row, unsigned long width) {
-  const unsigned perByte = 8 / bits;
   const unsigned mask = (1U << bits) - 1;
-  for (unsigned long x = 0; x < width; ++x) {
-    const auto shift = static_cast<unsigned>(8 - bits - x % perByte * bits);
-    row[x / perByte] = static_cast<std::uint8_t>(row[x / perByte] | (indices[x] & mask) << shift);
-  }
+  for (unsigned long x = 0; x < width; ++x) modules::PutIndex(row, bits, x, indices[x] & mask);
 }
 
 void WriteGrey(const PixelPacket* pixels, std::uint8_t* row, unsigned long width) {
@@ -118,7 +109,7 @@ void FillPage(const Image& image, Form form, modules::Page& page) {
 std::uint32_t PageBits(const Image& image, const modules::MagickOptions& options, bool pixelsKnown) {
   switch (FormOf(image, options, pixelsKnown)) {
     case Form::kIndices:
-      return IndexBits(image.colors);
+      return modules::IndexBits(image.colors);
     case Form::kGrey:
       return 8;
     case Form::kColour:

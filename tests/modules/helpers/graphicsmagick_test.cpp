@@ -156,8 +156,10 @@ TEST_F(GraphicsMagick, PingTellsWithoutPixels) {
 }
 
 TEST_F(GraphicsMagick, DamagedFilesEndCleanly) {
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");  // the check captures by itself
   const auto tga = MakeTga(24, 0, "abcdefghijkl");
   TryDamaged(tga, [&](std::span<const std::uint8_t> bytes) { return Read(bytes, {.coder = "TGA"}); });
+  ::testing::internal::CaptureStderr();
 }
 
 TEST(MissingHelper, IsToldByName) {

@@ -121,13 +121,8 @@ TEST_F(Qpcx, ReadsEveryPage) {
 }
 
 TEST_F(Qpcx, TellsWhatItLoads) {
-  const test_support::TemporaryFolder folder;
-  const auto text = [](const Bytes& bytes) {
-    return std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-  };
-  for (const PictureCase& c : Pictures()) CheckFileInfo(host_, folder.Write(c.name, text(c.file)), kPcxId);
-  const Bytes dcx = MakeDcx({Pictures()[0].file, Pictures()[2].file});
-  CheckFileInfo(host_, folder.Write("pages", text(dcx)), kDcxId);
+  CheckFileInfos(host_, Pictures(), kPcxId);
+  CheckFileInfos(host_, {{"pages", MakeDcx({Pictures()[0].file, Pictures()[2].file}), 0, 0, 0, {}}}, kDcxId);
 }
 
 TEST_F(Qpcx, Refuses) {
