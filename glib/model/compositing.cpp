@@ -172,8 +172,11 @@ bool Composite(Slide& slide, Layer& target, std::uint32_t first, std::uint32_t c
   std::int64_t height = 0;
   for (std::uint32_t i = first; i < end; ++i) {
     const Layer* layer = slide.layers.At(i);
-    width = std::max(width, std::int64_t{layer->x} + layer->raster.width);
-    height = std::max(height, std::int64_t{layer->y} + layer->raster.height);
+    std::int32_t layerWidth = 0;
+    std::int32_t layerHeight = 0;
+    layer->GetSize(layerWidth, layerHeight);
+    width = std::max(width, std::int64_t{layer->x} + layerWidth);
+    height = std::max(height, std::int64_t{layer->y} + layerHeight);
   }
   if (!PrepareTarget(target, width, height)) return false;
 

@@ -5,6 +5,7 @@
 
 #include "glib/color/quantize.h"
 #include "glib/format/depth_conversion.h"
+#include "glib/format/metafile_pages.h"
 #include "glib/model/slide.h"
 #include "platform/pages.h"
 
@@ -56,6 +57,16 @@ void Layer::SetPosition(std::int32_t newX, std::int32_t newY) {
   y = std::max(newY, 0);
 }
 
+void Layer::GetSize(std::int32_t& width, std::int32_t& height) const {
+  width = raster.width;
+  height = raster.height;
+  if (raster.pixels != nullptr || raster.metafile == nullptr || (width >= 0 && height >= 0)) return;
+  double yDpi = 0.0;
+  double xDpi = 0.0;
+  slide->GetDpi(yDpi, xDpi);
+  MetafileSize(raster.metafile, yDpi, xDpi, width, height);
+}
+
 bool Layer::EnsureRaster() {
   double yDpi = 0.0;
   double xDpi = 0.0;
@@ -72,8 +83,7 @@ bool Layer::ConvertTo(std::int32_t bits) {
   slide->GetDpi(yDpi, xDpi);
   switch (bits) {
     case 0:
-      // Only what is a metafile already: nothing here can record one.
-      return !empty && raster.bits == 0;
+      return !empty && (raster.bits == 0 || WrapInMetafile(raster));
     case 1:
     case 4: {
       if (empty) return false;

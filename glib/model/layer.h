@@ -48,6 +48,9 @@ class Layer {
   // Other `bits` than 1, 4, 8, 24, 32 leave an empty layer at the new position.
   void SetRaster(std::int32_t newX, std::int32_t newY, std::int32_t width, std::int32_t height, std::uint8_t* pixels,
                  const std::uint32_t* palette, std::int32_t bits);
+  // The raster's size; that of the frame, at the slide's resolution, in a direction in which a metafile has no size of
+  // its own.
+  void GetSize(std::int32_t& width, std::int32_t& height) const;
   // Negative values become 0.
   void SetPosition(std::int32_t newX, std::int32_t newY);
 

@@ -58,7 +58,8 @@ Size SettledSize(const Size& own, Size wanted, bool keepAspect) {
 bool Layer::ScaleLayer(std::int32_t width, std::int32_t height, std::int32_t smooth, bool keepAspect,
                        ProgressCallback callback, const ProgressInfo* progress) {
   if (raster.pixels == nullptr && raster.metafile == nullptr) return false;
-  const Size own{raster.width, raster.height};
+  Size own{};
+  GetSize(own.width, own.height);
   if (own.width == 0 || own.height == 0) return false;
   const Size size = SettledSize(own, {width, height}, keepAspect);
   if (raster.metafile != nullptr) {  // drawn at its new size when pixels are asked for

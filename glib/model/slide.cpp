@@ -21,10 +21,13 @@ std::int32_t Scaled(std::int32_t value, std::int32_t by, std::int32_t of) {
 // The part of a layer inside a rectangle of the slide; false if they share none.
 bool CommonPart(const Layer& layer, std::int64_t left, std::int64_t top, std::int64_t right, std::int64_t bottom,
                 Rectangle& part) {
+  std::int32_t width = 0;
+  std::int32_t height = 0;
+  layer.GetSize(width, height);
   left = std::max<std::int64_t>(left, layer.x);
   top = std::max<std::int64_t>(top, layer.y);
-  right = std::min(right, std::int64_t{layer.x} + layer.raster.width);
-  bottom = std::min(bottom, std::int64_t{layer.y} + layer.raster.height);
+  right = std::min(right, std::int64_t{layer.x} + width);
+  bottom = std::min(bottom, std::int64_t{layer.y} + height);
   if (left >= right || top >= bottom) return false;
   part = Rectangle{Fitting(left), Fitting(top), Fitting(right), Fitting(bottom)};
   return true;
@@ -50,8 +53,11 @@ void Slide::GetExtent(std::int32_t& width, std::int32_t& height) const {
   std::int64_t bottom = 0;
   for (std::uint32_t i = 0; i < layers.count; ++i) {
     const Layer* layer = layers.At(i);
-    right = std::max(right, std::int64_t{layer->x} + layer->raster.width);
-    bottom = std::max(bottom, std::int64_t{layer->y} + layer->raster.height);
+    std::int32_t layerWidth = 0;
+    std::int32_t layerHeight = 0;
+    layer->GetSize(layerWidth, layerHeight);
+    right = std::max(right, std::int64_t{layer->x} + layerWidth);
+    bottom = std::max(bottom, std::int64_t{layer->y} + layerHeight);
   }
   width = Fitting(right);
   height = Fitting(bottom);
@@ -162,9 +168,11 @@ bool Slide::Stretch(std::int32_t width, std::int32_t height, std::int32_t smooth
   if (extentWidth == 0 || extentHeight == 0) return false;
   for (std::uint32_t i = 0; i < layers.count; ++i) {
     Layer* layer = layers.At(i);
-    if (!layer->ScaleLayer(Scaled(layer->raster.width, width, extentWidth),
-                           Scaled(layer->raster.height, height, extentHeight), smooth, proportional, callback,
-                           progress)) {
+    std::int32_t layerWidth = 0;
+    std::int32_t layerHeight = 0;
+    layer->GetSize(layerWidth, layerHeight);
+    if (!layer->ScaleLayer(Scaled(layerWidth, width, extentWidth), Scaled(layerHeight, height, extentHeight), smooth,
+                           proportional, callback, progress)) {
       return false;
     }
     layer->SetPosition(Scaled(layer->x, width, extentWidth), Scaled(layer->y, height, extentHeight));

@@ -255,18 +255,15 @@ void MetafileRecorder::SetPixel(std::int32_t x, std::int32_t y, std::uint32_t co
   Numbers(kEmrSetPixel, {Bits(x), Bits(y), color});
 }
 
-void MetafileRecorder::FillRegion(std::span<const Box> deviceBoxes, std::uint32_t handle) {
-  if (deviceBoxes.empty()) return;
+void MetafileRecorder::FillRegion(std::span<const Box> boxes, std::uint32_t handle) {
+  if (boxes.empty()) return;
+  std::vector<Point> corners;
+  for (const Box& box : boxes) corners.insert(corners.end(), {{box.left, box.top}, {box.right, box.bottom}});
   Begin(kEmrFillRgn);
-  Box all = deviceBoxes[0];
-  for (const Box& box : deviceBoxes) {
-    all = {std::min(all.left, box.left), std::min(all.top, box.top), std::max(all.right, box.right),
-           std::max(all.bottom, box.bottom)};
-  }
-  Put(Touch(all));
-  Put(Size32(32 + 16 * deviceBoxes.size()));
+  Put(Touch(corners));
+  Put(Size32(32 + 16 * boxes.size()));
   Put(handle);
-  PutRegion(deviceBoxes);
+  PutRegion(boxes);
   End();
 }
 

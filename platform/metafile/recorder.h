@@ -110,8 +110,8 @@ class MetafileRecorder {
   void Chord(const Box& box, Point start, Point end) { BoxedArc(kEmrChord, box, start, end); }
   void Pie(const Box& box, Point start, Point end) { BoxedArc(kEmrPie, box, start, end); }
   void SetPixel(std::int32_t x, std::int32_t y, std::uint32_t color);
-  // Boxes in device units, filled with the brush `handle`.
-  void FillRegion(std::span<const Box> deviceBoxes, std::uint32_t handle);
+  // Logical boxes, filled with the brush `handle`.
+  void FillRegion(std::span<const Box> boxes, std::uint32_t handle);
 
   void BeginPath() { Numbers(kEmrBeginPath, {}); }
   void EndPath() { Numbers(kEmrEndPath, {}); }

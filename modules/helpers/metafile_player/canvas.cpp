@@ -1,0 +1,288 @@
+#include "modules/helpers/metafile_player/canvas.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "platform/metafile/records.h"
+
+namespace metafile_player {
+namespace {
+
+constexpr std::uint32_t kOpaque = 0xFF000000;
+// Work of a corner of a path and of a character, in samples filled at the same cost.
+constexpr std::uint64_t kPointWork = 200;
+constexpr std::uint64_t kDrawWork = 400;
+constexpr std::uint64_t kGlyphWork = 4000;
+constexpr std::uint64_t kMixTimes = 4;
+
+std::uint32_t Combined(std::uint32_t table, std::uint32_t pen, std::uint32_t target) {
+  std::uint32_t result = 0;
+  if (table & 1) result |= ~pen & ~target;
+  if (table & 2) result |= ~pen & target;
+  if (table & 4) result |= pen & ~target;
+  if (table & 8) result |= pen & target;
+  return result;
+}
+
+std::uint32_t Combined(std::uint32_t table, std::uint32_t brush, std::uint32_t source, std::uint32_t target) {
+  return (brush & Combined(table >> 4, source, target)) | (~brush & Combined(table & 15, source, target));
+}
+
+std::uint32_t Blended(std::uint32_t upper, std::uint32_t lower) {
+  const std::uint32_t rest = 255 - (upper >> 24);
+  std::uint32_t result = kOpaque;
+  for (int shift = 0; shift < 24; shift += 8) {
+    const std::uint32_t sum = (upper >> shift & 255) + ((lower >> shift & 255) * rest + 127) / 255;
+    result |= std::min(sum, 255U) << shift;
+  }
+  return result;
+}
+
+}  // namespace
+
+Surface Canvas::NewSurface() const {
+  Surface surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width_, height_));
+  if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) return nullptr;
+  cairo_surface_set_device_offset(surface.get(), -x_, -y_);
+  return surface;
+}
+
+bool Canvas::Begin(std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) {
+  x_ = x * kSamples;
+  y_ = y * kSamples;
+  width_ = width * kSamples;
+  height_ = height * kSamples;
+  for (int i = 0; i < 2; ++i) {
+    scratch_[i].reset();
+    scratchSurface_[i].reset();
+  }
+  cairo_.reset();
+  surface_.reset();
+  surface_ = NewSurface();
+  if (surface_ == nullptr) return false;
+  cairo_.reset(cairo_create(surface_.get()));
+  cairo_set_antialias(cairo_.get(), CAIRO_ANTIALIAS_NONE);
+  clip_.clear();
+  return true;
+}
+
+void Canvas::ApplyClip(cairo_t* cairo) const {
+  cairo_reset_clip(cairo);
+  for (const auto& term : clip_) {
+    term->path.Trace(cairo);
+    cairo_set_fill_rule(cairo, term->winding ? CAIRO_FILL_RULE_WINDING : CAIRO_FILL_RULE_EVEN_ODD);
+    cairo_clip(cairo);
+  }
+}
+
+void Canvas::SetClip(Clip clip) {
+  clip_ = std::move(clip);
+  ApplyClip(cairo_.get());
+  clipPending_[0] = clipPending_[1] = true;
+  for (const auto& term : clip_) work_ += kPointWork * term->path.PointCount();
+}
+
+cairo_t* Canvas::Scratch(int which) {
+  if (scratchSurface_[which] == nullptr) {
+    scratchSurface_[which] = NewSurface();
+    if (scratchSurface_[which] == nullptr) return nullptr;
+    scratch_[which].reset(cairo_create(scratchSurface_[which].get()));
+    cairo_set_antialias(scratch_[which].get(), CAIRO_ANTIALIAS_NONE);
+    clipPending_[which] = true;
+  }
+  if (clipPending_[which]) ApplyClip(scratch_[which].get());
+  clipPending_[which] = false;
+  return scratch_[which].get();
+}
+
+Canvas::Rows Canvas::Touched(const Area& area) {
+  const auto limited = [](double value, std::int32_t origin, std::int32_t size) {
+    return static_cast<std::int32_t>(std::clamp(value - origin, 0.0, static_cast<double>(size)));
+  };
+  const Rows rows{limited(std::floor(area.left), x_, width_), limited(std::floor(area.top), y_, height_),
+                  limited(std::ceil(area.right) + 1, x_, width_), limited(std::ceil(area.bottom) + 1, y_, height_)};
+  work_ += kDrawWork + static_cast<std::uint64_t>(std::max(rows.right - rows.left, 0)) *
+                           static_cast<std::uint64_t>(std::max(rows.bottom - rows.top, 0));
+  return rows;
+}
+
+std::uint32_t* Canvas::Row(cairo_surface_t* surface, std::int32_t y) const {
+  return reinterpret_cast<std::uint32_t*>(cairo_image_surface_get_data(surface) +
+                                          static_cast<std::ptrdiff_t>(y) * cairo_image_surface_get_stride(surface));
+}
+
+template <typename Mix>
+void Canvas::MixRows(const Rows& rows, Mix mix) {
+  cairo_surface_t* upper = scratchSurface_[0].get();
+  cairo_surface_flush(upper);
+  cairo_surface_flush(surface_.get());
+  for (std::int32_t y = rows.top; y < rows.bottom; ++y) {
+    std::uint32_t* from = Row(upper, y);
+    std::uint32_t* to = Row(surface_.get(), y);
+    for (std::int32_t x = rows.left; x < rows.right; ++x) {
+      if (from[x] == 0) continue;
+      to[x] = mix(to[x] == 0 ? paper_ : to[x], from[x], x, y);
+      from[x] = 0;
+    }
+  }
+  cairo_surface_mark_dirty(upper);
+  cairo_surface_mark_dirty(surface_.get());
+  work_ += kMixTimes * static_cast<std::uint64_t>(std::max(rows.right - rows.left, 0)) *
+           static_cast<std::uint64_t>(std::max(rows.bottom - rows.top, 0));
+}
+
+void Canvas::SetPaint(cairo_t* cairo, const Paint& paint) {
+  if (paint.pattern != nullptr) {
+    cairo_set_source(cairo, paint.pattern);
+    return;
+  }
+  const auto part = [&](int shift) { return (paint.color >> shift & 255) / 255.0; };
+  cairo_set_source_rgb(cairo, part(16), part(8), part(0));
+}
+
+template <typename Draw>
+void Canvas::DrawByRop2(const Area& area, std::uint32_t rop2, Draw draw) {
+  const Rows rows = Touched(area);
+  if (rows.left >= rows.right || rows.top >= rows.bottom || rop2 == 11) return;
+  if (rop2 == platform::kRop2CopyPen) return draw(cairo_.get());
+  cairo_t* scratch = Scratch(0);
+  if (scratch == nullptr) return;
+  draw(scratch);
+  const std::uint32_t table = rop2 - 1;
+  MixRows(rows, [table](std::uint32_t target, std::uint32_t pen, std::int32_t, std::int32_t) {
+    return Combined(table, pen, target) | kOpaque;
+  });
+}
+
+void Canvas::Fill(const Path& path, bool winding, const Paint& paint, std::uint32_t rop2) {
+  if (path.Empty()) return;
+  work_ += kPointWork * path.PointCount();
+  DrawByRop2(path.Extent(), rop2, [&](cairo_t* cairo) {
+    path.Trace(cairo);
+    cairo_set_fill_rule(cairo, winding ? CAIRO_FILL_RULE_WINDING : CAIRO_FILL_RULE_EVEN_ODD);
+    SetPaint(cairo, paint);
+    cairo_fill(cairo);
+  });
+}
+
+void Canvas::Line(const Path& path, const Stroke& stroke, const Paint& paint, std::uint32_t rop2) {
+  if (path.Empty()) return;
+  work_ += 4 * kPointWork * path.PointCount();
+  Area area = path.Extent();
+  const double reach = stroke.width * std::max(stroke.miterLimit, 1.5) + 1;
+  area = {area.left - reach, area.top - reach, area.right + reach, area.bottom + reach};
+  DrawByRop2(area, rop2, [&](cairo_t* cairo) {
+    path.Trace(cairo);
+    cairo_set_line_width(cairo, stroke.width);
+    cairo_set_line_cap(cairo, stroke.cap);
+    cairo_set_line_join(cairo, stroke.join);
+    cairo_set_miter_limit(cairo, stroke.miterLimit);
+    cairo_set_dash(cairo, stroke.dashes.data(), static_cast<int>(stroke.dashes.size()), 0);
+    SetPaint(cairo, paint);
+    cairo_stroke(cairo);
+  });
+}
+
+void Canvas::Combine(const Path& path, const Paint& brush, cairo_pattern_t* source, Rop3 rop) {
+  const Rows rows = Touched(path.Extent());
+  if (path.Empty() || rows.left >= rows.right || rows.top >= rows.bottom) return;
+  const auto draw = [&](cairo_t* cairo, const Paint& paint) {
+    path.Trace(cairo);
+    SetPaint(cairo, paint);
+    cairo_fill(cairo);
+  };
+  if (rop == platform::kSourceCopy >> 16 && source != nullptr) return draw(cairo_.get(), {0, source});
+  if (rop == platform::kPatternCopy >> 16) return draw(cairo_.get(), brush);
+  if (rop == platform::kLeaveTarget >> 16) return;
+  if (rop == 0) return draw(cairo_.get(), {kOpaque, nullptr});
+  if (rop == 255) return draw(cairo_.get(), {0xFFFFFFFF, nullptr});
+  const bool readsBrush = (rop >> 4) != (rop & 15);
+  cairo_t* below = Scratch(0);
+  cairo_t* above = readsBrush ? Scratch(1) : nullptr;
+  if (below == nullptr || (readsBrush && above == nullptr)) return;
+  draw(below, {kOpaque, source});
+  if (readsBrush) {
+    draw(above, brush);
+    cairo_surface_flush(scratchSurface_[1].get());
+  }
+  MixRows(rows, [&](std::uint32_t target, std::uint32_t from, std::int32_t x, std::int32_t y) {
+    std::uint32_t pattern = 0;
+    if (readsBrush) std::swap(pattern, Row(scratchSurface_[1].get(), y)[x]);
+    return Combined(rop, pattern, from, target) | kOpaque;
+  });
+  if (readsBrush) cairo_surface_mark_dirty(scratchSurface_[1].get());
+}
+
+void Canvas::Blend(const Path& path, cairo_pattern_t* source, double alpha) {
+  const Rows rows = Touched(path.Extent());
+  if (path.Empty() || rows.left >= rows.right || rows.top >= rows.bottom) return;
+  cairo_t* scratch = Scratch(0);
+  if (scratch == nullptr) return;
+  cairo_save(scratch);
+  path.Trace(scratch);
+  cairo_set_fill_rule(scratch, CAIRO_FILL_RULE_EVEN_ODD);
+  cairo_clip(scratch);
+  cairo_set_source(scratch, source);
+  cairo_paint_with_alpha(scratch, alpha);
+  cairo_restore(scratch);
+  MixRows(rows, [](std::uint32_t target, std::uint32_t upper, std::int32_t, std::int32_t) {
+    return (upper >> 24) == 0 ? target : Blended(upper, target);
+  });
+}
+
+void Canvas::Glyphs(cairo_font_face_t* face, const cairo_matrix_t& size, std::span<const cairo_glyph_t> glyphs,
+                    std::uint32_t color) {
+  if (glyphs.empty()) return;
+  work_ += kGlyphWork * glyphs.size();
+  cairo_t* cairo = cairo_.get();
+  cairo_set_font_face(cairo, face);
+  cairo_set_font_matrix(cairo, &size);
+  cairo_new_path(cairo);
+  cairo_glyph_path(cairo, glyphs.data(), static_cast<int>(glyphs.size()));
+  cairo_set_fill_rule(cairo, CAIRO_FILL_RULE_WINDING);
+  SetPaint(cairo, {color, nullptr});
+  cairo_fill(cairo);
+  Recover();
+}
+
+void Canvas::Recover() {
+  if (cairo_status(cairo_.get()) == CAIRO_STATUS_SUCCESS) return;
+  cairo_.reset(cairo_create(surface_.get()));
+  cairo_set_antialias(cairo_.get(), CAIRO_ANTIALIAS_NONE);
+  ApplyClip(cairo_.get());
+}
+
+void Canvas::Finish(std::uint32_t* pixels, std::size_t pixelsPerRow) const {
+  constexpr std::uint32_t kCount = kSamples * kSamples;
+  cairo_surface_flush(surface_.get());
+  for (std::int32_t y = 0; y < height_; y += kSamples) {
+    const std::uint32_t* rows[kSamples];
+    for (std::int32_t i = 0; i < kSamples; ++i) rows[i] = Row(surface_.get(), y + i);
+    for (std::int32_t x = 0; x < width_; x += kSamples) {
+      // Two sums of 16 bits each lie in one word: 16 samples of 255 stay below 65536.
+      std::uint32_t redBlue = 0;
+      std::uint32_t alphaGreen = 0;
+      for (const std::uint32_t* row : rows) {
+        for (std::int32_t i = 0; i < kSamples; ++i) {
+          redBlue += row[x + i] & 0x00FF00FF;
+          alphaGreen += row[x + i] >> 8 & 0x00FF00FF;
+        }
+      }
+      const std::uint32_t painted = (alphaGreen >> 16) / 255;
+      std::uint32_t& pixel = pixels[x / kSamples];
+      if (painted == 0) {
+        pixel = 0;
+        continue;
+      }
+      const std::uint32_t left = kCount - painted;
+      const std::uint32_t red = (redBlue >> 16) + left * (paper_ >> 16 & 255);
+      const std::uint32_t green = (alphaGreen & 0xFFFF) + left * (paper_ >> 8 & 255);
+      const std::uint32_t blue = (redBlue & 0xFFFF) + left * (paper_ & 255);
+      pixel = kOpaque | (red + kCount / 2) / kCount << 16 | (green + kCount / 2) / kCount << 8 |
+              (blue + kCount / 2) / kCount;
+    }
+    pixels += pixelsPerRow;
+  }
+}
+
+}  // namespace metafile_player

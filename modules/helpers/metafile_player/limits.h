@@ -1,0 +1,31 @@
+#ifndef MODULES_HELPERS_METAFILE_PLAYER_LIMITS_H_
+#define MODULES_HELPERS_METAFILE_PLAYER_LIMITS_H_
+
+#include <cstddef>
+#include <cstdint>
+
+// What the player believes of a stream, each with the attack that it stops.
+
+namespace metafile_player {
+
+inline constexpr std::uint32_t kMaxRecords = 16'000'000;
+// A count that would make gigabytes of corners.
+inline constexpr std::size_t kMaxPoints = std::size_t{1} << 24;
+// States saved and never restored.
+inline constexpr std::size_t kMaxSavedStates = 64;
+inline constexpr std::uint32_t kMaxHandles = 65535;
+inline constexpr std::size_t kMaxRegionBoxes = 65536;
+// Clips in clips, each of which every later drawing must pass.
+inline constexpr std::size_t kMaxClipTerms = 64;
+// Beyond it the library's numbers of 24.8 bits overflow.
+inline constexpr double kMaxCoordinate = 8388607.0;
+// A bitmap that is drawn; also what decoded bitmaps may keep in memory together.
+inline constexpr std::uint64_t kMaxBitmapPixels = std::uint64_t{1} << 26;
+inline constexpr std::size_t kMaxCachedPixels = std::size_t{1} << 26;
+// Samples that one page may cost, lines and characters included at what they take. A page full of fills from edge to
+// edge comes to its end here instead of after hours; what was drawn by then stays.
+inline constexpr std::uint64_t kMaxWork = std::uint64_t{12} << 30;
+
+}  // namespace metafile_player
+
+#endif  // MODULES_HELPERS_METAFILE_PLAYER_LIMITS_H_

@@ -1,0 +1,163 @@
+#ifndef MODULES_HELPERS_METAFILE_PLAYER_PLAYBACK_H_
+#define MODULES_HELPERS_METAFILE_PLAYER_PLAYBACK_H_
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "modules/helpers/metafile_player/bitmap.h"
+#include "modules/helpers/metafile_player/canvas.h"
+#include "modules/helpers/metafile_player/fonts.h"
+#include "modules/helpers/metafile_player/objects.h"
+#include "platform/metafile/mapping.h"
+#include "platform/metafile/records.h"
+
+namespace metafile_player {
+
+// What all tiles of a picture share.
+struct Shared {
+  BitmapCache bitmaps;
+  FaceCache faces;
+};
+
+// Where the recorded device lies on the picture.
+struct Placement {
+  double perMmX = 1;  // device units to a millimetre
+  double perMmY = 1;
+  platform::Transform deviceToSamples;
+  std::size_t handleCount = 0;
+};
+
+// All that SaveDC keeps.
+struct DeviceContext {
+  platform::Mapping mapping;
+  PenHandle pen;
+  BrushHandle brush;
+  FontHandle font;
+  std::uint32_t bkMode = platform::kOpaqueMode;
+  std::uint32_t bkColor = 0xFFFFFFFF;  // colours are pixel words
+  std::uint32_t textColor = 0xFF000000;
+  std::uint32_t textAlign = 0;
+  std::uint32_t polyFillMode = platform::kFillAlternate;
+  std::uint32_t rop2 = platform::kRop2CopyPen;
+  std::uint32_t arcDirection = platform::kCounterClockwise;
+  double miterLimit = 10;
+  platform::Point brushOrg;
+  Spot position;  // logical
+  Clip clip;
+  Clip metaClip;
+};
+
+// Plays records one after the other onto the tile that the canvas stands on. A record that makes no sense is passed
+// over.
+class Playback {
+ public:
+  Playback(Canvas& canvas, Shared& shared, const Placement& placement);
+
+  void Play(const platform::Record& record);
+
+ private:
+  using Record = platform::Record;
+
+  // Each tries the records of its kind and says whether it was one.
+  bool PlayState(const Record& record);
+  bool PlayMapping(const Record& record);
+  bool PlayObject(const Record& record);
+  bool PlayPoints(const Record& record);
+  bool PlayShape(const Record& record);
+  bool PlayPath(const Record& record);
+  bool PlayClip(const Record& record);
+  bool PlayRegion(const Record& record);
+  bool PlayBitmap(const Record& record);
+  bool PlayText(const Record& record);
+
+  // State.
+  void SaveState();
+  void RestoreState(std::int32_t which);
+  void Select(const Object& object);
+  void StoreObject(std::uint32_t handle, Object object);
+  void MappingChanged();
+  void ClipChanged();
+
+  // Points.
+  Spot ToSamples(double x, double y) const { return {toSamples_.X(x, y), toSamples_.Y(x, y)}; }
+  Spot ToSamples(Spot at) const { return ToSamples(at.x, at.y); }
+  double Scale() const;  // samples to a logical unit, as a mean over the directions
+  std::vector<Spot> ReadPoints(const Record& record, std::size_t at, std::size_t count, bool narrow) const;
+
+  // Lines and areas: into the open path, or drawn at once.
+  void Figure(const std::vector<Spot>& points, std::size_t begin, std::size_t end, bool closed, Path& path) const;
+  void GoOn(const std::vector<Spot>& points, bool curves);
+  void Figures(const Record& record, bool narrow, bool closed);
+  void BeginFigureAtPosition();
+  void PolyDraw(const Record& record, bool narrow);
+  void AngleArc(const Record& record);
+  void ArcShape(const Record& record);
+  void BoxShape(const Record& record);
+  void GradientFill(const Record& record);
+  void GradientBox(Spot from, std::uint32_t fromColor, Spot to, std::uint32_t toColor, bool across);
+  void GradientTriangle(const Spot* corners, const std::uint32_t* colors);
+  void Draw(const Path& path, bool fill, bool stroke);
+  void FillWith(const Path& path, const BrushHandle& brush, bool winding);
+  void StrokeWith(const Path& path);
+  Stroke StrokeOf(const Pen& pen) const;
+
+  // Brushes as the library wants them; `owner` keeps the pattern.
+  Paint PaintOf(const Brush& brush, Pattern& owner) const;
+
+  // Clips and regions.
+  enum class Units { kDevice, kLogical };
+  void Combine(std::shared_ptr<const ClipTerm> term, std::uint32_t mode);
+  std::shared_ptr<const ClipTerm> BoxTerm(const Record& record, std::size_t at) const;
+  std::optional<Path> ReadRegion(const Record& record, std::size_t at, std::size_t bytes, Units units) const;
+
+  // Bitmaps.
+  struct Part {  // of a bitmap, in its pixels
+    double left, top, width, height;
+  };
+  struct Parallelogram {
+    Spot origin, right, down;  // samples: three corners
+  };
+  Parallelogram LogicalBox(double x, double y, double width, double height) const;
+  static Path PathOf(const Parallelogram& target);
+  static Pattern PatternOf(cairo_surface_t* surface, const Part& part, const Parallelogram& target, bool smooth);
+  std::shared_ptr<const Bitmap> BitmapOf(const Record& record, std::size_t places, AlphaOf alpha);
+  void Blit(const Record& record, bool stretched);
+  void MaskBlit(const Record& record);
+  void PlaceDib(const Record& record, bool stretched);
+  void AlphaBlend(const Record& record);
+  void TransparentBlit(const Record& record);
+  void ParallelogramBlit(const Record& record);
+  void CombineBitmap(const Bitmap* bitmap, const Part& part, const Parallelogram& target, std::uint32_t rop);
+  BrushHandle ReadPatternBrush(const Record& record);
+
+  // Text.
+  struct TextRun {
+    Spot reference;
+    std::u16string text;
+    std::vector<double> advances;  // logical; empty: the font's own
+    std::uint32_t options = 0;
+    platform::Box box;
+  };
+  void ReadText(const Record& record, bool wide);
+  void ReadSmallText(const Record& record);
+  void DrawText(const TextRun& run);
+
+  Canvas& canvas_;
+  Shared& shared_;
+  const Placement& placement_;
+  platform::Transform toSamples_;
+  DeviceContext dc_;
+  std::vector<DeviceContext> saved_;
+  std::vector<Object> objects_;
+  Path path_;
+  bool pathOpen_ = false;    // between its begin and its end
+  bool figureOpen_ = false;  // the open path has a figure to go on with
+};
+
+}  // namespace metafile_player
+
+#endif  // MODULES_HELPERS_METAFILE_PLAYER_PLAYBACK_H_

@@ -1,0 +1,39 @@
+#include "platform/metafile/player.h"
+
+#include <string>
+
+#include "platform/library.h"
+
+namespace platform {
+namespace {
+
+using PlayRecordsEntry = bool (*)(const std::uint8_t* records, std::size_t size, std::int32_t width,
+                                  std::int32_t height, std::uint32_t paper, std::uint32_t* pixels);
+
+constexpr const char* kHelper = "metafile_player";
+
+// Its address tells where this library lies.
+const char kThisLibrary = 0;
+
+PlayRecordsEntry FindPlayer() {
+  const std::string folder = FolderOfCode(&kThisLibrary);
+  if (folder.empty()) return nullptr;
+  // As built the modules have a folder of their own; installed they lie beside this library.
+  for (const char* helpers : {"/modules/helpers", "/helpers"}) {
+    if (void* library = LoadModule((folder + helpers).c_str(), kHelper)) {
+      return reinterpret_cast<PlayRecordsEntry>(ModuleEntry(library, "PlayRecords"));
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+bool PlayEnhMetaFile(const Metafile* metafile, std::int32_t width, std::int32_t height, std::uint32_t paper,
+                     std::uint32_t* pixels) {
+  if (metafile == nullptr || pixels == nullptr || width <= 0 || height <= 0) return false;
+  static const PlayRecordsEntry play = FindPlayer();
+  return play != nullptr && play(metafile->records.data(), metafile->records.size(), width, height, paper, pixels);
+}
+
+}  // namespace platform
