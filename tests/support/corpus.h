@@ -40,8 +40,12 @@ Look LookOf(const glib::ImageDataExchange::Page& page, bool crop = false);
 // What is wrong with the pages of a load, or an empty text.
 std::string Compare(const Expected& expected, const Loaded& loaded);
 
-// Loads each file of a corpus folder by its path and compares; reports what is wrong as test failures. False if there
-// is no corpus, so that the test can skip: `if (!CheckCorpus("bmp", host, 0x2)) GTEST_SKIP();`
+// Puts pixels, at the size of the frame, in the place of the metafiles of a load.
+void DrawMetafiles(const Loaded& loaded);
+
+// Loads each file of a corpus folder by its path and compares, metafiles as they are drawn; reports what is wrong as
+// test failures. False if there is no corpus, so that the test can skip: `if (!CheckCorpus("bmp", host, 0x2))
+// GTEST_SKIP();`
 bool CheckCorpus(const std::string& folder, const ModuleHost& host, std::uint32_t id);
 
 }  // namespace tests

@@ -1,0 +1,503 @@
+#include "platform/metafile/player.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "tests/platform/metafile/drawing.h"
+
+namespace {
+
+using platform::Box;
+using platform::Point;
+using test_support::Drawing;
+using test_support::kBlackWord;
+using test_support::kBlueRef;
+using test_support::kBlueWord;
+using test_support::kNothing;
+using test_support::kRedRef;
+using test_support::kRedWord;
+using test_support::kWhiteWord;
+using test_support::WordDib;
+
+constexpr double kPi = 3.14159265358979;
+
+TEST(MetafilePlayer, PaintsNothingWhereNothingIsDrawn) {
+  Drawing drawing(9, 7);
+  drawing.out.SetBkColor(kRedRef);
+  drawing.Play();
+  EXPECT_EQ(drawing.PaintedCount(), 0U);
+}
+
+TEST(MetafilePlayer, FillsABoxUpToItsEdges) {
+  Drawing drawing(10, 8);
+  drawing.FillOnly(kRedRef);
+  drawing.out.Rectangle({2, 3, 7, 6});
+  drawing.Play();
+  EXPECT_TRUE(drawing.Only({2, 3, 7, 6}, kRedWord));
+}
+
+TEST(MetafilePlayer, OutlinesABoxWithinIt) {
+  Drawing drawing(10, 8);
+  drawing.LineOnly(0, kBlueRef);
+  drawing.out.Rectangle({2, 1, 9, 7});
+  drawing.Play();
+  for (std::int32_t y = 0; y < 8; ++y) {
+    for (std::int32_t x = 0; x < 10; ++x) {
+      const bool within = x >= 2 && x < 9 && y >= 1 && y < 7;
+      const bool inner = x >= 3 && x < 8 && y >= 2 && y < 6;
+      EXPECT_EQ(drawing.At(x, y), within && !inner ? kBlueWord : kNothing) << x << ", " << y;
+    }
+  }
+}
+
+TEST(MetafilePlayer, SmoothsEdgesOverThePaper) {
+  // The box covers a quarter of the pixels of its left column.
+  for (const auto& [paper, expected] :
+       {std::pair{kWhiteWord, 0xFFFFBFBFU}, std::pair{kBlackWord, 0xFF400000U}, std::pair{kBlueWord, 0xFF4000BFU}}) {
+    Drawing drawing(6, 4, 4);
+    drawing.FillOnly(kRedRef);
+    drawing.out.Rectangle({7, 0, 16, 16});
+    drawing.Play(paper);
+    EXPECT_EQ(drawing.At(0, 0), kNothing);
+    EXPECT_EQ(drawing.At(1, 2), expected);
+    EXPECT_EQ(drawing.At(2, 2), kRedWord);
+    EXPECT_EQ(drawing.At(3, 2), kRedWord);
+    EXPECT_EQ(drawing.At(4, 2), kNothing);
+  }
+}
+
+TEST(MetafilePlayer, NeighboursShowNoSeam) {
+  Drawing drawing(40, 40, 10);
+  drawing.FillOnly(kRedRef);
+  // Two triangles of a square that share a slanted edge, and a third that ends within pixels.
+  drawing.out.Polygon(std::array<Point, 3>{Point{0, 0}, {400, 0}, {0, 400}});
+  drawing.out.Polygon(std::array<Point, 3>{Point{400, 0}, {400, 237}, {163, 237}});
+  drawing.out.Polygon(std::array<Point, 4>{Point{163, 237}, {400, 237}, {400, 400}, {0, 400}});
+  drawing.Play();
+  EXPECT_TRUE(drawing.Only({0, 0, 40, 40}, kRedWord));
+}
+
+TEST(MetafilePlayer, ThinLinesAreOnePixelWide) {
+  for (const std::int32_t unitsPerPixel : {1, 3, 20}) {
+    Drawing drawing(12, 9, unitsPerPixel);
+    drawing.LineOnly(0, kRedRef);
+    drawing.out.MoveTo(2 * unitsPerPixel, 4 * unitsPerPixel);
+    drawing.out.LineTo(8 * unitsPerPixel, 4 * unitsPerPixel);
+    drawing.Play();
+    EXPECT_TRUE(drawing.Only({2, 4, 9, 5}, kRedWord)) << unitsPerPixel;
+  }
+}
+
+TEST(MetafilePlayer, WideLinesKeepTheirWidth) {
+  Drawing drawing(20, 20, 10);
+  drawing.out.SelectObject(drawing.out.ExtCreatePen(platform::kPenGeometric | platform::kPenCapFlat, 40, kBlueRef));
+  drawing.out.MoveTo(-100, 95);
+  drawing.out.LineTo(300, 95);
+  drawing.Play();
+  EXPECT_TRUE(drawing.Only({0, 8, 20, 12}, kBlueWord));
+}
+
+TEST(MetafilePlayer, DashesLeaveGaps) {
+  Drawing drawing(20, 3);
+  const std::array<std::uint32_t, 2> dashes{4, 3};
+  drawing.out.SetBkMode(platform::kTransparentMode);
+  drawing.out.SelectObject(drawing.out.ExtCreatePen(platform::kPenUserStyle, 1, kRedRef, dashes));
+  drawing.out.MoveTo(0, 1);
+  drawing.out.LineTo(30, 1);
+  drawing.Play();
+  std::size_t whole = 0;
+  std::size_t gaps = 0;
+  for (std::int32_t x = 1; x < 19; ++x) {
+    whole += drawing.At(x, 1) == kRedWord;
+    gaps += drawing.At(x, 1) == kNothing;
+  }
+  EXPECT_GE(whole, 7U);
+  EXPECT_GE(gaps, 4U);
+}
+
+TEST(MetafilePlayer, RoundShapesHaveTheirAreas) {
+  struct Case {
+    const char* name;
+    void (*draw)(platform::MetafileRecorder&);
+    double area;
+    Point inside, outside;
+  };
+  const Box box{10, 10, 90, 50};  // half axes 40 and 20
+  static const Box kBox = box;
+  const double ellipse = kPi * 40 * 20;
+  const Case cases[] = {
+      {"ellipse", [](auto& out) { out.Ellipse(kBox); }, ellipse, {50, 30}, {12, 12}},
+      // A quarter from the right end over the top, against the clock.
+      {"pie",
+       [](auto& out) {
+         out.Pie(kBox, {90, 30}, {50, 10});
+       },
+       ellipse / 4,
+       {60, 25},
+       {40, 30}},
+      {"rest of it",
+       [](auto& out) {
+         out.SetArcDirection(platform::kClockwise);
+         out.Pie(kBox, {90, 30}, {50, 10});
+       },
+       ellipse * 3 / 4,
+       {40, 30},
+       {60, 25}},
+      {"chord",
+       [](auto& out) {
+         out.Chord(kBox, {90, 30}, {50, 10});
+       },
+       ellipse / 4 - 40 * 20 / 2.0,
+       {77, 16},
+       {55, 27}},
+      {"round box", [](auto& out) { out.RoundRect(kBox, 20, 20); }, 80 * 40 - 100 * (4 - kPi), {50, 11}, {10, 10}},
+  };
+  for (const Case& one : cases) {
+    Drawing drawing(100, 60);
+    drawing.FillOnly(kBlueRef);
+    one.draw(drawing.out);
+    drawing.Play();
+    double area = 0;
+    for (const std::uint32_t word : drawing.pixels) area += word == 0 ? 0 : (255 - (word >> 16 & 255)) / 255.0;
+    EXPECT_NEAR(area, one.area, 12) << one.name;
+    EXPECT_EQ(drawing.At(one.inside.x, one.inside.y), kBlueWord) << one.name;
+    EXPECT_EQ(drawing.At(one.outside.x, one.outside.y), kNothing) << one.name;
+  }
+}
+
+TEST(MetafilePlayer, FillModesDecideOverlaps) {
+  for (const std::uint32_t mode : {platform::kFillAlternate, platform::kFillWinding}) {
+    Drawing drawing(9, 9);
+    drawing.FillOnly(kRedRef);
+    drawing.out.SetPolyFillMode(mode);
+    const std::array<std::uint32_t, 2> counts{4, 4};
+    const std::array<Point, 8> points{Point{0, 0}, {9, 0}, {9, 9}, {0, 9}, {3, 3}, {6, 3}, {6, 6}, {3, 6}};
+    drawing.out.PolyPolygon(counts, points);
+    drawing.Play();
+    EXPECT_EQ(drawing.At(4, 4), mode == platform::kFillWinding ? kRedWord : kNothing);
+    EXPECT_EQ(drawing.At(1, 4), kRedWord);
+  }
+}
+
+TEST(MetafilePlayer, CurvesRunThroughTheirMiddle) {
+  Drawing drawing(40, 40);
+  drawing.LineOnly(3, kRedRef);
+  drawing.out.PolyBezier(std::array<Point, 4>{Point{2, 2}, {2, 38}, {38, 38}, {38, 2}});
+  drawing.Play();
+  EXPECT_EQ(drawing.At(20, 29), kRedWord);  // at half: 2 + 36 * 3 / 4
+  EXPECT_EQ(drawing.At(20, 20), kNothing);
+  EXPECT_EQ(drawing.At(20, 36), kNothing);
+}
+
+TEST(MetafilePlayer, ClipsEndWithTheStateThatHadThem) {
+  Drawing drawing(12, 12);
+  drawing.FillOnly(kRedRef);
+  drawing.out.SaveDc();
+  drawing.out.IntersectClipRect({2, 2, 10, 10});
+  drawing.out.ExcludeClipRect({4, 2, 12, 12});
+  drawing.out.Rectangle({0, 0, 12, 12});
+  drawing.out.RestoreDc();
+  drawing.out.Rectangle({11, 11, 12, 12});
+  drawing.Play();
+  EXPECT_EQ(drawing.At(2, 2), kRedWord);
+  EXPECT_EQ(drawing.At(3, 9), kRedWord);
+  EXPECT_EQ(drawing.At(4, 5), kNothing);
+  EXPECT_EQ(drawing.At(1, 5), kNothing);
+  EXPECT_EQ(drawing.At(11, 11), kRedWord);
+  EXPECT_EQ(drawing.PaintedCount(), 2U * 8U + 1U);
+}
+
+TEST(MetafilePlayer, RegionsCombine) {
+  struct Case {
+    std::uint32_t mode;
+    bool first, both, second, outside;
+  };
+  for (const Case& one :
+       {Case{platform::kRegionAnd, false, true, false, false}, Case{platform::kRegionOr, true, true, true, false},
+        Case{platform::kRegionXor, true, false, true, false}, Case{platform::kRegionDiff, true, false, false, false},
+        Case{platform::kRegionCopy, false, true, true, false}}) {
+    Drawing drawing(10, 2);
+    drawing.FillOnly(kBlueRef);
+    drawing.out.SelectClipRegion(std::array<Box, 1>{Box{1, 0, 5, 2}}, platform::kRegionCopy);
+    drawing.out.SelectClipRegion(std::array<Box, 1>{Box{3, 0, 8, 2}}, one.mode);
+    drawing.out.Rectangle({0, 0, 10, 2});
+    drawing.Play();
+    EXPECT_EQ(drawing.At(1, 1) != 0, one.first) << one.mode;
+    EXPECT_EQ(drawing.At(4, 1) != 0, one.both) << one.mode;
+    EXPECT_EQ(drawing.At(6, 1) != 0, one.second) << one.mode;
+    EXPECT_EQ(drawing.At(9, 1) != 0, one.outside) << one.mode;
+  }
+}
+
+TEST(MetafilePlayer, PathsFillStrokeAndClip) {
+  Drawing drawing(20, 10);
+  drawing.FillOnly(kRedRef);
+  const auto triangle = [&](std::int32_t left) {
+    drawing.out.BeginPath();
+    drawing.out.MoveTo(left, 0);
+    drawing.out.LineTo(left + 8, 0);
+    drawing.out.LineTo(left, 8);
+    drawing.out.CloseFigure();
+    drawing.out.EndPath();
+  };
+  triangle(0);
+  drawing.out.FillPath();
+  triangle(10);
+  drawing.out.SelectClipPath(platform::kRegionCopy);
+  drawing.FillOnly(kBlueRef);
+  drawing.out.Rectangle({0, 0, 20, 10});
+  drawing.Play();
+  EXPECT_EQ(drawing.At(1, 1), kRedWord);
+  EXPECT_EQ(drawing.At(6, 6), kNothing);
+  EXPECT_EQ(drawing.At(11, 1), kBlueWord);
+  EXPECT_EQ(drawing.At(16, 6), kNothing);
+}
+
+TEST(MetafilePlayer, TransformsAndMappings) {
+  Drawing drawing(20, 20);
+  drawing.FillOnly(kRedRef);
+  // A quarter turn about the origin, then to the right.
+  drawing.out.SetWorldTransform({0, 1, -1, 0, 10, 0});
+  drawing.out.Polygon(std::array<Point, 4>{Point{0, 0}, {6, 0}, {6, 2}, {0, 2}});
+  drawing.out.SetWorldTransform({});
+  drawing.out.SetMapMode(platform::MapMode::kLowEnglish);  // 0.01 inch, y goes up; 72 pixels an inch
+  drawing.out.Rectangle({0, -100 * 10 / 72, 100 * 5 / 72 + 1, -100 * 20 / 72});
+  drawing.Play();
+  EXPECT_EQ(drawing.At(8, 0), kRedWord);
+  EXPECT_EQ(drawing.At(9, 5), kRedWord);
+  EXPECT_EQ(drawing.At(10, 0), kNothing);
+  EXPECT_EQ(drawing.At(8, 6), kNothing);
+  EXPECT_EQ(drawing.At(1, 11), kRedWord);
+  EXPECT_EQ(drawing.At(1, 8), kNothing);
+}
+
+TEST(MetafilePlayer, BitmapsKeepTheirPixels) {
+  const std::array<std::uint32_t, 6> words{0x112233, 0x445566, 0x778899, 0xAABBCC, 0xDDEEFF, 0x010203};
+  const auto dib = WordDib(3, 2, words);
+  Drawing drawing(12, 10);
+  drawing.out.DrawDib({1, 1, 4, 3}, dib, {0, 0, 3, 2});
+  drawing.out.DrawDib({5, 1, 11, 5}, dib, {0, 0, 3, 2});  // twice as large
+  drawing.out.DrawDib({4, 6, 1, 8}, dib, {0, 0, 3, 2});   // mirrored
+  drawing.out.DrawDib({6, 7, 8, 8}, dib, {1, 1, 3, 2});   // a part
+  drawing.Play();
+  for (std::int32_t y = 0; y < 2; ++y) {
+    for (std::int32_t x = 0; x < 3; ++x) {
+      const std::uint32_t word = 0xFF000000 | words[static_cast<std::size_t>(3 * y + x)];
+      EXPECT_EQ(drawing.At(1 + x, 1 + y), word);
+      EXPECT_EQ(drawing.At(5 + 2 * x, 1 + 2 * y), word);
+      EXPECT_EQ(drawing.At(6 + 2 * x, 2 + 2 * y), word);
+      EXPECT_EQ(drawing.At(3 - x, 6 + y), word);
+    }
+  }
+  EXPECT_EQ(drawing.At(6, 7), 0xFFDDEEFF);
+  EXPECT_EQ(drawing.At(7, 7), 0xFF010203);
+  EXPECT_EQ(drawing.PaintedCount(), 6U + 24U + 6U + 2U);
+}
+
+TEST(MetafilePlayer, RasterOperationsCombineBits) {
+  struct Case {
+    std::uint32_t rop;
+    std::uint32_t onRed, onPaper;  // with the source 0x0F3C5A and the brush 0x0000FF
+  };
+  constexpr Case kCases[] = {
+      {platform::kSourceCopy, 0xFF0F3C5A, 0xFF0F3C5A},
+      {platform::kSourceAnd, 0xFF0F0000, 0xFF0F3C5A},
+      {platform::kSourcePaint, 0xFFFF3C5A, 0xFFFFFFFF},
+      {platform::kSourceInvert, 0xFFF03C5A, 0xFFF0C3A5},
+      {platform::kTargetInvert, 0xFF00FFFF, 0xFF000000},
+      {platform::kPatternCopy, 0xFF0000FF, 0xFF0000FF},
+      {platform::kPatternInvert, 0xFFFF00FF, 0xFFFFFF00},
+      {platform::kBlackness, 0xFF000000, 0xFF000000},
+      {platform::kWhiteness, 0xFFFFFFFF, 0xFFFFFFFF},
+      {platform::kLeaveTarget, 0xFFFF0000, kNothing},
+      // Brush where the source is 0, target where it is 1, and the other way round.
+      {0x00B8074A, 0xFF0F00A5, 0xFF0F3CFF},
+      {0x00E20746, 0xFFF0005A, 0xFFF0C3FF},
+  };
+  const auto dib = WordDib(
+      4, 2,
+      std::array<std::uint32_t, 8>{0x0F3C5A, 0x0F3C5A, 0x0F3C5A, 0x0F3C5A, 0x0F3C5A, 0x0F3C5A, 0x0F3C5A, 0x0F3C5A});
+  for (const Case& one : kCases) {
+    Drawing drawing(4, 2);
+    drawing.FillOnly(kRedRef);
+    drawing.out.Rectangle({0, 0, 2, 2});
+    drawing.FillOnly(kBlueRef);
+    drawing.out.DrawDib({0, 0, 4, 2}, dib, {0, 0, 4, 2}, one.rop);
+    drawing.Play();
+    EXPECT_EQ(drawing.At(1, 1), one.onRed) << std::hex << one.rop;
+    EXPECT_EQ(drawing.At(3, 1), one.onPaper) << std::hex << one.rop;
+  }
+}
+
+TEST(MetafilePlayer, PensCombineBitsWithTheTarget) {
+  // Pen 0x0000FF on target 0xFF0000, for all sixteen operations.
+  const std::array<std::uint32_t, 16> expected{0x000000, 0x00FF00, 0xFF0000, 0xFFFF00, 0x0000FF, 0x00FFFF,
+                                               0xFF00FF, 0xFFFFFF, 0x000000, 0x00FF00, 0xFF0000, 0xFFFF00,
+                                               0x0000FF, 0x00FFFF, 0xFF00FF, 0xFFFFFF};
+  for (std::uint32_t rop = 1; rop <= 16; ++rop) {
+    Drawing drawing(3, 3);
+    drawing.FillOnly(kRedRef);
+    drawing.out.Rectangle({0, 0, 3, 3});
+    drawing.FillOnly(kBlueRef);
+    drawing.out.SetRop2(rop);
+    drawing.out.Rectangle({1, 1, 2, 2});
+    drawing.Play();
+    EXPECT_EQ(drawing.At(1, 1), 0xFF000000 | expected[rop - 1]) << rop;
+    EXPECT_EQ(drawing.At(0, 0), kRedWord);
+  }
+}
+
+TEST(MetafilePlayer, BlendsByAlpha) {
+  // Colours come multiplied by their alpha.
+  const auto dib = WordDib(3, 1, std::array<std::uint32_t, 3>{0x80000080, 0xFF0000FF, 0x00000000});
+  Drawing drawing(3, 2);
+  drawing.FillOnly(kRedRef);
+  drawing.out.Rectangle({0, 0, 3, 1});
+  drawing.out.AlphaBlend({0, 0, 3, 1}, dib, {0, 0, 3, 1});
+  drawing.out.AlphaBlend({0, 1, 3, 2}, dib, {0, 0, 3, 1});
+  drawing.Play();
+  EXPECT_EQ(drawing.At(0, 0), 0xFF7F0080);
+  EXPECT_EQ(drawing.At(1, 0), kBlueWord);
+  EXPECT_EQ(drawing.At(2, 0), kRedWord);
+  EXPECT_EQ(drawing.At(0, 1), 0xFF7F7FFF);
+  EXPECT_EQ(drawing.At(2, 1), kNothing);
+}
+
+TEST(MetafilePlayer, PatternsRepeatByPixels) {
+  Drawing drawing(6, 4);
+  const auto dib = WordDib(2, 1, std::array<std::uint32_t, 2>{0xFF0000, 0x0000FF});
+  drawing.out.SelectObject(drawing.out.CreatePatternBrush(dib));
+  drawing.out.SelectObject(platform::kNullPen);
+  drawing.out.Rectangle({0, 0, 6, 4});
+  drawing.Play();
+  for (std::int32_t x = 0; x < 6; ++x) EXPECT_EQ(drawing.At(x, 2), x % 2 == 0 ? kRedWord : kBlueWord);
+}
+
+TEST(MetafilePlayer, HatchesLeaveOpenWhatIsTransparent) {
+  for (const std::uint32_t mode : {platform::kTransparentMode, platform::kOpaqueMode}) {
+    Drawing drawing(16, 16);
+    drawing.out.SetBkMode(mode);
+    drawing.out.SetBkColor(kRedRef);
+    drawing.out.SelectObject(drawing.out.CreateBrush(platform::kBrushHatched, kBlueRef, platform::kHatchHorizontal));
+    drawing.out.SelectObject(platform::kNullPen);
+    drawing.out.Rectangle({0, 0, 16, 16});
+    drawing.Play();
+    for (std::int32_t y = 0; y < 16; ++y) {
+      const std::uint32_t between = mode == platform::kOpaqueMode ? kRedWord : kNothing;
+      EXPECT_EQ(drawing.At(5, y), y % 8 == 4 ? kBlueWord : between) << y;
+    }
+  }
+}
+
+// The box around what is painted; right and bottom outside.
+Box InkOf(const Drawing& drawing, std::int32_t width, std::int32_t height) {
+  Box box{width, height, 0, 0};
+  for (std::int32_t y = 0; y < height; ++y) {
+    for (std::int32_t x = 0; x < width; ++x) {
+      if (drawing.At(x, y) == kNothing) continue;
+      box = {std::min(box.left, x), std::min(box.top, y), std::max(box.right, x + 1), std::max(box.bottom, y + 1)};
+    }
+  }
+  return box;
+}
+
+platform::FontSpec Arial(std::int32_t height, std::int32_t escapement = 0) {
+  platform::FontSpec font;
+  font.height = height;
+  font.face = u"Arial";
+  font.escapement = escapement;
+  return font;
+}
+
+TEST(MetafilePlayer, TextStandsWhereItIsPut) {
+  struct Case {
+    std::uint32_t align;
+    Box within;  // where all of the ink lies, with the reference point at 100, 60
+  };
+  for (const Case& one : {Case{platform::kAlignBaseline, {99, 40, 150, 62}}, Case{0, {99, 60, 150, 86}},
+                          Case{platform::kAlignBottom, {99, 34, 150, 60}},
+                          Case{platform::kAlignBaseline | platform::kAlignRight, {50, 40, 101, 62}},
+                          Case{platform::kAlignBaseline | platform::kAlignCenter, {75, 40, 125, 62}}}) {
+    Drawing drawing(200, 120);
+    drawing.out.SetBkMode(platform::kTransparentMode);
+    drawing.out.SelectObject(drawing.out.CreateFont(Arial(-24)));
+    drawing.out.SetTextAlign(one.align);
+    drawing.out.TextOut(100, 60, u"HEH");
+    drawing.Play();
+    const Box ink = InkOf(drawing, 200, 120);
+    EXPECT_GE(ink.left, one.within.left) << one.align;
+    EXPECT_GE(ink.top, one.within.top) << one.align;
+    EXPECT_LE(ink.right, one.within.right) << one.align;
+    EXPECT_LE(ink.bottom, one.within.bottom) << one.align;
+    EXPECT_GT(ink.right - ink.left, 40) << one.align;
+  }
+}
+
+TEST(MetafilePlayer, AdvancesPlaceCharacters) {
+  Drawing drawing(100, 40);
+  drawing.out.SetBkMode(platform::kTransparentMode);
+  drawing.out.SelectObject(drawing.out.CreateFont(Arial(-20)));
+  drawing.out.TextOut(5, 5, u"II", std::array<std::int32_t, 2>{70, 5});
+  drawing.Play();
+  std::size_t middle = 0;
+  for (std::int32_t x = 15; x < 70; ++x) middle += drawing.At(x, 20) != kNothing;
+  EXPECT_EQ(middle, 0U);
+  const Box ink = InkOf(drawing, 100, 40);
+  EXPECT_LT(ink.left, 12);
+  EXPECT_GT(ink.right, 75);
+}
+
+TEST(MetafilePlayer, TextTurnsAndGoesOn) {
+  Drawing drawing(100, 100);
+  drawing.out.SetBkMode(platform::kTransparentMode);
+  drawing.out.SelectObject(drawing.out.CreateFont(Arial(-20, 900)));
+  drawing.out.SetTextAlign(platform::kAlignBaseline | platform::kAlignUpdatePosition);
+  drawing.out.MoveTo(50, 95);
+  drawing.out.TextOut(0, 0, u"I", std::array<std::int32_t, 1>{60});
+  drawing.out.TextOut(0, 0, u"I", std::array<std::int32_t, 1>{60});
+  drawing.Play();
+  const Box ink = InkOf(drawing, 100, 100);
+  EXPECT_LE(ink.right, 51) << "the letter's foot stands to the right";
+  EXPECT_GT(ink.left, 30);
+  EXPECT_LT(ink.top, 40) << "the second letter is further up";
+  EXPECT_GT(ink.bottom, 85);
+}
+
+TEST(MetafilePlayer, OpaqueTextHasItsBox) {
+  Drawing drawing(20, 10);
+  drawing.out.SetBkColor(kRedRef);
+  drawing.out.SetBkMode(platform::kTransparentMode);
+  drawing.out.TextOut(0, 0, u"", {}, platform::kTextOpaque, {3, 2, 15, 8});
+  drawing.Play();
+  EXPECT_TRUE(drawing.Only({3, 2, 15, 8}, kRedWord));
+}
+
+TEST(MetafilePlayer, TilesMeet) {
+  // More pixels than one tile holds, by rows and by columns.
+  struct Case {
+    std::int32_t width, height;
+  };
+  for (const Case& one : {Case{1024, 2100}, Case{8300, 3}}) {
+    Drawing drawing(one.width, one.height);
+    drawing.FillOnly(kRedRef);
+    drawing.out.Rectangle({0, 0, one.width, one.height});
+    drawing.LineOnly(0, kBlueRef);
+    drawing.out.MoveTo(0, 1);
+    drawing.out.LineTo(one.width, 1);
+    drawing.out.MoveTo(1, 0);
+    drawing.out.LineTo(1, one.height);
+    drawing.Play();
+    std::size_t wrong = 0;
+    for (std::int32_t y = 0; y < one.height; ++y) {
+      for (std::int32_t x = 0; x < one.width; ++x) {
+        wrong += drawing.At(x, y) != (x == 1 || y == 1 ? kBlueWord : kRedWord);
+      }
+    }
+    EXPECT_EQ(wrong, 0U) << one.width;
+  }
+}
+
+}  // namespace
