@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "platform/metafile/metafile.h"
+#include "platform/metafile/recorder.h"
 #include "platform/pages.h"
 
 namespace test_support {
@@ -54,6 +55,17 @@ glib::MetafileHandle NewMetafile(std::int32_t frameRight, std::int32_t frameBott
   header[9] = static_cast<std::uint32_t>(frameBottom);
   std::memcpy(&header[10], " EMF", 4);
   return platform::SetEnhMetaFileBits(reinterpret_cast<const std::uint8_t*>(header), sizeof header);
+}
+
+glib::MetafileHandle UnreadableMetafile() { return new platform::Metafile({}); }
+
+glib::MetafileHandle HalfRedMetafile(std::int32_t width, std::int32_t height) {
+  platform::MetafileRecorder recorder(100);
+  recorder.SetFrame({0, 0, width, height});
+  recorder.SelectObject(recorder.CreateBrush(platform::kBrushSolid, platform::ColorRef(255, 0, 0)));
+  recorder.SelectObject(platform::kNullPen);
+  recorder.Rectangle({0, 0, width / 2, height});
+  return recorder.Close();
 }
 
 }  // namespace test_support

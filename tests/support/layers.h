@@ -28,6 +28,10 @@ std::vector<std::uint8_t> RowBytes(const glib::RasterBlock& raster);
 
 // A metafile without drawing, with a frame from 0, 0 in units of 0.01 mm. The caller owns it.
 glib::MetafileHandle NewMetafile(std::int32_t frameRight, std::int32_t frameBottom);
+// One of no records at all.
+glib::MetafileHandle UnreadableMetafile();
+// A red box that fills the left half of a picture of so many hundredths of an inch.
+glib::MetafileHandle HalfRedMetafile(std::int32_t width, std::int32_t height);
 
 }  // namespace test_support
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "modules/helpers/metafile_player/limits.h"
 #include "platform/metafile/records.h"
 
 namespace metafile_player {
@@ -64,6 +65,11 @@ bool Canvas::Begin(std::int32_t x, std::int32_t y, std::int32_t width, std::int3
   cairo_set_antialias(cairo_.get(), CAIRO_ANTIALIAS_NONE);
   clip_.clear();
   return true;
+}
+
+bool Canvas::Exhausted() const {
+  if (work_ <= kMuchWork) return false;
+  return work_ > kMaxWork || static_cast<double>(std::clock() - start_) / CLOCKS_PER_SEC > kMaxSeconds;
 }
 
 void Canvas::ApplyClip(cairo_t* cairo) const {

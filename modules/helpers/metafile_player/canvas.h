@@ -4,11 +4,11 @@
 #include <cairo.h>
 
 #include <cstdint>
+#include <ctime>
 #include <memory>
 #include <span>
 #include <vector>
 
-#include "modules/helpers/metafile_player/limits.h"
 #include "modules/helpers/metafile_player/path.h"
 
 namespace metafile_player {
@@ -81,7 +81,7 @@ class Canvas {
   void Finish(std::uint32_t* pixels, std::size_t pixelsPerRow) const;
 
   // Whether the page has cost more than any honest one.
-  bool Exhausted() const { return work_ > kMaxWork; }
+  bool Exhausted() const;
   void Spend(std::uint64_t samples) { work_ += samples; }
 
  private:
@@ -107,6 +107,7 @@ class Canvas {
 
   std::uint32_t paper_;
   std::uint64_t work_ = 0;
+  std::clock_t start_ = std::clock();
   std::int32_t x_ = 0, y_ = 0;  // of the tile, in samples
   std::int32_t width_ = 0, height_ = 0;
   Surface surface_;

@@ -22,9 +22,12 @@ inline constexpr double kMaxCoordinate = 8388607.0;
 // A bitmap that is drawn; also what decoded bitmaps may keep in memory together.
 inline constexpr std::uint64_t kMaxBitmapPixels = std::uint64_t{1} << 26;
 inline constexpr std::size_t kMaxCachedPixels = std::size_t{1} << 26;
-// Samples that one page may cost, lines and characters included at what they take. A page full of fills from edge to
-// edge comes to its end here instead of after hours; what was drawn by then stays.
-inline constexpr std::uint64_t kMaxWork = std::uint64_t{12} << 30;
+// A page full of fills from edge to edge comes to its end here instead of after hours; what was drawn by then stays.
+// The work is counted in samples, lines and characters at what they take; as that is a guess from above, a page is only
+// stopped when it has really taken long, or when the count is beyond all reason.
+inline constexpr std::uint64_t kMuchWork = std::uint64_t{4} << 30;
+inline constexpr std::uint64_t kMaxWork = std::uint64_t{256} << 30;
+inline constexpr double kMaxSeconds = 4.0;  // of the processor
 
 }  // namespace metafile_player
 

@@ -147,7 +147,7 @@ TEST(DepthConversion, NothingToConvert) {
 
 TEST(DepthConversion, AFailedRenderingLeavesTheMetafile) {
   RasterBlock block;
-  block.SetMetafile(test_support::NewMetafile(2540, 2540), -1, -1, false);
+  block.SetMetafile(test_support::NewMetafile(0, 0), -1, -1, false);
   EXPECT_FALSE(glib::ToDepth32(block, kDpi, kDpi));
   EXPECT_FALSE(glib::ToDepth24(block, kDpi, kDpi, kWhite));
   EXPECT_FALSE(glib::ToDepth8(block, true, kDpi, kDpi));

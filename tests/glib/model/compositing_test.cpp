@@ -159,7 +159,7 @@ TEST(Compositing, AMetafileThatCannotBeDrawnIsPassedOver) {
   Slide slide(RGB32(0, 0, 0, 0));
   AddLayer32(slide, 0, 0, 1, 1, 0xFF123456);
   auto* metafile = new Layer(&slide);
-  metafile->raster.SetMetafile(test_support::NewMetafile(100, 100), 1, 1, false);
+  metafile->raster.SetMetafile(test_support::UnreadableMetafile(), 1, 1, false);
   slide.AddLayer(metafile);
   Layer target(&slide);
   ASSERT_TRUE(glib::MergeIntoLayer(slide, target, 0, kToTheLast));

@@ -137,7 +137,7 @@ TEST(Slide, PrepareLayersTakesAllTo32Bits) {
   EXPECT_EQ(slide.LayerBits(1), 32);
   EXPECT_EQ(slide.GetLayer(1)->raster.userValue, 5U);
   auto* metafile = new Layer(&slide);
-  metafile->raster.SetMetafile(test_support::NewMetafile(100, 100), 5, 5, false);
+  metafile->raster.SetMetafile(test_support::UnreadableMetafile(), 5, 5, false);
   slide.AddLayer(metafile);
   EXPECT_FALSE(slide.PrepareLayers(nullptr, 0));
 }

@@ -1,0 +1,29 @@
+// Plays whatever bytes come as an enhanced metafile. The first two bytes choose the size; without a header the bytes
+// are taken for the records behind one.
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "platform/metafile/player.h"
+#include "platform/metafile/recorder.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (size < 2) return 0;
+  const std::int32_t width = 1 + data[0] % 64;
+  const std::int32_t height = 1 + data[1] % 64;
+  std::unique_ptr<platform::Metafile> metafile(platform::SetEnhMetaFileBits(data + 2, size - 2));
+  if (metafile == nullptr) {
+    platform::MetafileRecorder recorder(72);
+    recorder.SetFrame({0, 0, width, height});
+    for (int i = 0; i < 8; ++i) recorder.CreatePen(platform::kPenSolid, 1, 0);
+    metafile.reset(recorder.Close());
+    constexpr std::size_t kEndBytes = 20;
+    metafile->records.resize(metafile->records.size() - kEndBytes);
+    metafile->records.insert(metafile->records.end(), data + 2, data + size);
+  }
+  std::vector<std::uint32_t> pixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+  platform::PlayEnhMetaFile(metafile.get(), width, height, 0xFFFFFFFF, pixels.data());
+  return 0;
+}
