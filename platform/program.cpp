@@ -26,7 +26,10 @@ const std::string& ProgramFolder() {
   return folder;
 }
 
-void LetLargeWritesFail() { signal(SIGXFSZ, SIG_IGN); }
+void LetWritesFail() {
+  signal(SIGPIPE, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);
+}
 
 void DebugMessage(const char* text) { syslog(LOG_USER | LOG_DEBUG, "%s", text); }
 
