@@ -113,6 +113,13 @@ TEST_F(OutputsTest, AWholePathForEveryFile) {
   EXPECT_TRUE(HasPages(support::ReadGif(path), {kGreen}));
 }
 
+TEST_F(OutputsTest, SlidesOfANameWithoutADot) {
+  Gif("a.gif", {kRed, kGreen});
+  EXPECT_EQ(RunZefa({Sources(), "df=" + (out.path() / "set.2/name").string(), "-sep"}).status, 0);
+  EXPECT_TRUE(out.Has("set.2/name_p0.gif"));
+  EXPECT_TRUE(out.Has("set.2/name_p1.gif"));
+}
+
 TEST_F(OutputsTest, ABareNameStandsInTheCurrentFolder) {
   Bmp("a.bmp", kRed);
   for (const char* word : {"-ov", "-unite:x"}) {
