@@ -41,6 +41,7 @@ class ElapsedTimer {
 }  // namespace
 
 int main(int argc, char** argv) {
+  platform::FillStandardStreams();
   platform::LetWritesFail();
   const ElapsedTimer timer;
   app::StatusLog log;

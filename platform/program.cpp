@@ -1,5 +1,6 @@
 #include "platform/program.h"
 
+#include <fcntl.h>
 #include <signal.h>
 #include <syslog.h>
 #include <unistd.h>
@@ -24,6 +25,13 @@ std::string FindProgramFolder() {
 const std::string& ProgramFolder() {
   static const std::string folder = FindProgramFolder();
   return folder;
+}
+
+void FillStandardStreams() {
+  for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+    // The lowest free number is given, which is this one: those below it are taken by now.
+    if (fcntl(stream, F_GETFD) < 0 && open("/dev/null", O_RDWR) != stream) return;
+  }
 }
 
 void LetWritesFail() {
