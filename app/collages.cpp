@@ -32,8 +32,8 @@ class SheetNames {
  public:
   explicit SheetNames(const ConvertSettings& run);
 
-  // Whether a source is an earlier sheet that this run does away with.
-  bool IsGone(std::uint32_t source) const { return gone[source]; }
+  // Where to read a source from: nowhere if it is an earlier sheet that this run does away with.
+  const char* PlaceOf(std::uint32_t source) const { return gone[source] ? "" : settings.files.At(source)->c_str(); }
   // The place for the next sheet; the same again until it is taken.
   Target Next();
   void Taken(const Text& path) { sheets.Add(path.c_str()); }
@@ -167,12 +167,10 @@ bool CollageRun::Make() {
 
 // The sources of a batch fill a sheet if each has one image; with more they fill several.
 void CollageRun::TakeBatch(std::uint32_t base, std::uint32_t batch) {
-  if (!names.IsGone(base)) {
-    Attempt([&] {
-      TakeDepthAndDpi(scratch, *settings.files.At(base), desc);
-      return true;
-    });
-  }
+  Attempt([&] {
+    TakeDepthAndDpi(scratch, names.PlaceOf(base), desc);
+    return true;
+  });
   for (std::uint32_t index = base; index < base + batch; ++index) {
     RunLog().Report(kSourceName, Converter::NameOf(*settings.files.At(index)));
     if (!Load(index)) {
@@ -188,8 +186,7 @@ void CollageRun::TakeBatch(std::uint32_t base, std::uint32_t batch) {
 }
 
 bool CollageRun::Load(std::uint32_t index) {
-  if (names.IsGone(index)) return false;
-  return Attempt([&] { return scratch.Load(settings.files.At(index)->c_str(), &desc) == glib::RCOK; });
+  return Attempt([&] { return scratch.Load(names.PlaceOf(index), &desc) == glib::RCOK; });
 }
 
 void CollageRun::TakeSlides(std::uint32_t index, std::uint32_t slideCount) {

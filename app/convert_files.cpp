@@ -30,11 +30,12 @@ Text OutputPath(const Text& source, const ConvertSettings& settings) {
   return path;
 }
 
+// A name without a dot stays whole, whatever its folder is called.
 Text PagePath(const Text& path, std::uint32_t slide, const Text& ext) {
   const std::int32_t dot = path.ReverseFind('.');
   Text number;
   gen::Format(number, "_p%d", static_cast<int>(slide));
-  return (dot < 0 ? path : path.Left(static_cast<std::uint32_t>(dot))) + number + ext;
+  return (dot <= path.ReverseFind('\\') ? path : path.Left(static_cast<std::uint32_t>(dot))) + number + ext;
 }
 
 // One source on its way to its outputs.

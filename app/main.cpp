@@ -41,6 +41,8 @@ class ElapsedTimer {
 }  // namespace
 
 int main(int argc, char** argv) {
+  platform::FillStandardStreams();
+  platform::LetWritesFail();
   const ElapsedTimer timer;
   app::StatusLog log;
   glib::GIFSave gif;

@@ -29,7 +29,7 @@ Text SplitLastPart(Text& rest) {
 }  // namespace
 
 void Converter::ChangeExtension(Text& path, Text name, Text ext) {
-  if (LastPosition(name, '.') != 0) {
+  if (!name.IsEmpty() && LastPosition(name, '.') != 0) {
     const std::int32_t dot = LastPosition(path, '.');
     if (dot > 0) path = path.Left(static_cast<std::uint32_t>(dot));
   }

@@ -3,12 +3,10 @@
 #include "app/status_log.h"
 #include "glib/model/film.h"
 #include "glib/module_api/save_settings.h"
-#include "platform/program.h"
 
 namespace app {
 
 bool Converter::Run(ConvertSettings& settings, glib::BaseFormatDesc& desc) {
-  platform::LetLargeWritesFail();
   if (settings.log) RunLog().path = settings.logPath;
   glib::Film film("", false);
   film.SetCallback(OnProgress, reinterpret_cast<std::uintptr_t>(this));

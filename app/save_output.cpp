@@ -21,9 +21,7 @@ using platform::PendingFile;
 constexpr int kNameTries = 1000;
 
 bool MayReplace(const Text& path) {
-  if (path.IsEmpty()) return false;
-  if (!platform::Exists(path.c_str())) return true;
-  return !platform::IsFolder(path.c_str()) && platform::Writable(path.c_str());
+  return !path.IsEmpty() && (!platform::Exists(path.c_str()) || platform::Deletable(path.c_str()));
 }
 
 bool TakeName(PendingFile& file, Target& target, const ConvertSettings& settings) {

@@ -116,6 +116,14 @@ bool Writable(const char* path) {
          (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) != 0;
 }
 
+bool Deletable(const char* path) {
+  if (!Writable(path) || IsFolder(path)) return false;
+  const std::string native = NativePath(path);
+  const std::size_t slash = native.rfind('/');
+  const std::string folder = slash == std::string::npos ? "." : native.substr(0, slash + 1);
+  return access(folder.c_str(), W_OK | X_OK) == 0;
+}
+
 bool CreateFolder(const char* path) { return !IsEmpty(path) && mkdir(NativePath(path).c_str(), 0777) == 0; }
 
 bool DeleteFile(const char* path) { return !IsEmpty(path) && unlink(NativePath(path).c_str()) == 0; }

@@ -14,6 +14,9 @@ bool Readable(const char* path);
 // What has no write permission for anybody is write-protected for the superuser too.
 bool Writable(const char* path);
 
+// A file that isn't write-protected, in a folder from which it can be deleted.
+bool Deletable(const char* path);
+
 bool CreateFolder(const char* path);  // one level; false also if the name is taken
 bool DeleteFile(const char* path);    // a link goes itself, a folder stays
 // A taken `to` gives false and stays. Between devices the file is copied and then deleted; on any failure `from` is

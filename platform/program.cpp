@@ -1,5 +1,6 @@
 #include "platform/program.h"
 
+#include <fcntl.h>
 #include <signal.h>
 #include <syslog.h>
 #include <unistd.h>
@@ -26,7 +27,17 @@ const std::string& ProgramFolder() {
   return folder;
 }
 
-void LetLargeWritesFail() { signal(SIGXFSZ, SIG_IGN); }
+void FillStandardStreams() {
+  for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+    // The lowest free number is given, which is this one: those below it are taken by now.
+    if (fcntl(stream, F_GETFD) < 0 && open("/dev/null", O_RDWR) != stream) return;
+  }
+}
+
+void LetWritesFail() {
+  signal(SIGPIPE, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);
+}
 
 void DebugMessage(const char* text) { syslog(LOG_USER | LOG_DEBUG, "%s", text); }
 

@@ -8,9 +8,13 @@ namespace platform {
 // Folder of the running program as the system has it, without a trailing slash; empty if it can't be found out.
 const std::string& ProgramFolder();
 
-// Lets a write fail that would make a file larger than the system allows this process, as on a full disk, instead of
-// ending the program.
-void LetLargeWritesFail();
+// Puts the null device where a standard stream came closed: otherwise the next file that is opened would take its
+// number, and what is said to the stream would go into that file.
+void FillStandardStreams();
+
+// Lets a write fail, instead of ending the program, that nobody reads any more or that would make a file larger than
+// the system allows this process.
+void LetWritesFail();
 
 // To the system's log at debug level; neither standard output nor standard error sees it.
 void DebugMessage(const char* text);

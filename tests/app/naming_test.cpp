@@ -31,6 +31,7 @@ TEST(Naming, ChangesTheExtension) {
       {".hidden", "x.y", ".hidden.gif"},
       {"a.", "a.", "a.gif"},
       {"", "", ".gif"},
+      {"c:\\my.out\\", "", "c:\\my.out\\.gif"},
   };
   for (const auto& c : cases) {
     Text path(c.path);

@@ -42,6 +42,16 @@ TEST_F(DisastersTest, AFullDiskFailsEveryDriver) {
   }
 }
 
+TEST_F(DisastersTest, ARunGoesOnWhenNobodyListens) {
+  const std::string longName(200, 'n');
+  for (int i = 0; i < 20; ++i) Bmp(longName + std::to_string(i), kRed);
+  RunPlace unheard;
+  unheard.isHeard = false;
+  EXPECT_EQ(Run({}, unheard).status, 0);
+  EXPECT_EQ(Outputs().size(), 20U);
+  EXPECT_EQ(RunZefa({"s=" + in.path().string() + "/none"}, unheard).status, 254);
+}
+
 // A run is killed at many moments; whatever has a name then is a whole file.
 TEST_F(DisastersTest, AKilledRunLeavesWholeFilesOnly) {
   for (int i = 0; i < 6; ++i) {

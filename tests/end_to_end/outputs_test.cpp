@@ -57,6 +57,19 @@ TEST_F(OutputsTest, WhatMayNotBeReplacedIsPassedOver) {
   EXPECT_EQ(out.Read("out/a.gif"), "mine");
 }
 
+TEST_F(OutputsTest, WhatALockedFolderHoldsIsPassedOver) {
+  if (geteuid() == 0) GTEST_SKIP() << "no folder is locked for the superuser";
+  Bmp("a.bmp", kRed);
+  out.Write("out/a.gif", "mine");
+  fs::permissions(out.path() / "out", fs::perms::owner_read | fs::perms::owner_exec);
+  EXPECT_EQ(Run({"-ov"}).output, Found(1) + LoadedOk("a.bmp") + Finished());
+  const ProgramRun united = Run({"-ov", "-unite:a"});
+  fs::permissions(out.path() / "out", fs::perms::owner_all);
+  EXPECT_EQ(united.output, Found(1));
+  EXPECT_EQ(united.status, 253);
+  EXPECT_EQ(out.Read("out/a.gif"), "mine");
+}
+
 TEST_F(OutputsTest, SlidesAsFilesOfTheirOwn) {
   Gif("a.gif", {kRed, kGreen, kBlue, kWhite});
   Bmp("b.bmp", kRed);
@@ -111,6 +124,13 @@ TEST_F(OutputsTest, AWholePathForEveryFile) {
 
   EXPECT_EQ(RunZefa({Sources(), "df=" + path, "-sortlstaz", "-ov"}).status, 0);
   EXPECT_TRUE(HasPages(support::ReadGif(path), {kGreen}));
+}
+
+TEST_F(OutputsTest, SlidesOfANameWithoutADot) {
+  Gif("a.gif", {kRed, kGreen});
+  EXPECT_EQ(RunZefa({Sources(), "df=" + (out.path() / "set.2/name").string(), "-sep"}).status, 0);
+  EXPECT_TRUE(out.Has("set.2/name_p0.gif"));
+  EXPECT_TRUE(out.Has("set.2/name_p1.gif"));
 }
 
 TEST_F(OutputsTest, ABareNameStandsInTheCurrentFolder) {

@@ -40,6 +40,19 @@ TEST(FileOperations, AnswerForWhatIsThere) {
   }
 }
 
+TEST(FileOperations, KnowWhatCanBeDeleted) {
+  const test_support::TemporaryFolder tree;
+  tree.Write("file");
+  tree.Write("locked");
+  tree.MakeFolder("folder");
+  Protect(tree.path() / "locked");
+  EXPECT_TRUE(platform::Deletable(tree.Text("file").c_str()));
+  EXPECT_FALSE(platform::Deletable(tree.Text("locked").c_str()));
+  EXPECT_FALSE(platform::Deletable(tree.Text("folder").c_str()));
+  EXPECT_FALSE(platform::Deletable(tree.Text("missing").c_str()));
+  EXPECT_FALSE(platform::Deletable(""));
+}
+
 TEST(FileOperations, TakeNothingForNoPath) {
   for (const char* path : {static_cast<const char*>(nullptr), ""}) {
     EXPECT_FALSE(platform::Exists(path));

@@ -33,7 +33,7 @@ constexpr const char* kProgram = ZEFA_BUILD_FOLDER "/zefa";
 void ReadBoth(int outputEnd, int errorEnd, ProgramRun& run) {
   std::array<struct pollfd, 2> ends = {{{outputEnd, POLLIN, 0}, {errorEnd, POLLIN, 0}}};
   std::array<std::string*, 2> texts = {&run.output, &run.errors};
-  for (int open = 2; open > 0;) {
+  for (int open = outputEnd < 0 ? 1 : 2; open > 0;) {
     poll(ends.data(), ends.size(), -1);
     for (std::size_t i = 0; i < ends.size(); ++i) {
       if (ends[i].fd < 0 || ends[i].revents == 0) continue;
@@ -57,6 +57,10 @@ ProgramRun RunZefa(const std::vector<std::string>& words, const RunPlace& place)
   std::array<int, 2> errors{};
   if (pipe2(output.data(), O_CLOEXEC) != 0 || pipe2(errors.data(), O_CLOEXEC) != 0) {
     throw std::runtime_error("no pipe");
+  }
+  if (!place.isHeard) {
+    close(output[0]);
+    output[0] = -1;
   }
   const pid_t child = fork();
   if (child == 0) {

@@ -20,6 +20,7 @@ struct RunPlace {
   std::filesystem::path folder = {};          // current folder; empty: that of the test
   std::int64_t fileLimit = -1;                // no file can grow beyond so many bytes, as on a full disk
   std::vector<std::string> environment = {};  // "NAME=value"
+  bool isHeard = true;                        // false: nobody reads the output
 };
 
 // Runs the built program to its end.
