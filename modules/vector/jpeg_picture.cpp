@@ -1,4 +1,4 @@
-#include "modules/qjpg/jpeg_reader.h"
+#include "modules/common/jpeg_reader.h"
 #include "modules/vector/picture.h"
 
 namespace modules {
