@@ -170,8 +170,8 @@ void basic_string<char>::Replace(std::uint32_t pos, std::uint32_t n, const char*
 void basic_string<char>::ReplaceAll(const char* pattern, std::uint32_t patternLength, const char* text,
                                     std::uint32_t textLength) {
   if (IsEmpty() || patternLength == 0) return;
-  // What a replacement joins can't begin earlier than a pattern's length less one before it: a search from there finds what
-  // a search from the start would.
+  // What a replacement joins can't begin earlier than a pattern's length less one before it: a search from there finds
+  // what a search from the start would.
   std::uint32_t from = 0;
   for (std::int32_t at = Find(pattern, 0); at >= 0; at = Find(pattern, from)) {
     const auto place = static_cast<std::uint32_t>(at);

@@ -5,10 +5,10 @@
 
 #include "glib/module_api/format_rows.h"
 #include "modules/common/header_bytes.h"
+#include "modules/common/jpeg_reader.h"
 #include "modules/common/page_builder.h"
 #include "modules/common/source.h"
 #include "modules/common/upright_rows.h"
-#include "modules/common/jpeg_reader.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include "glib/module_api/format_rows.h"
 #include "modules/common/header_bytes.h"
 #include "modules/common/page_builder.h"
-#include "modules/common/source.h"
 #include "modules/common/png_reader.h"
+#include "modules/common/source.h"
 
 using modules::Fail;
 using modules::PngReader;
