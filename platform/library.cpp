@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* kExtension = ".so";
 
-void* Open(const std::string& file) { return dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL); }
+void* Open(const std::string& file) { return dlopen(file.c_str(), RTLD_LAZY | RTLD_LOCAL); }
 
 }  // namespace
 
