@@ -9,7 +9,8 @@ namespace magick {
 namespace {
 
 // The library works with 16 bits a sample.
-std::uint8_t ToByte(Quantum value) { return static_cast<std::uint8_t>((std::uint32_t{value} * 255 + 32767) / 65535); }
+// Rounded, and without a division, so that loops over it become vectors.
+std::uint8_t ToByte(Quantum value) { return static_cast<std::uint8_t>((std::uint32_t{value} * 255 + 32895) >> 16); }
 
 bool IsGrey(const PixelPacket& pixel) { return pixel.red == pixel.green && pixel.green == pixel.blue; }
 
@@ -60,13 +61,20 @@ void WriteGrey(const PixelPacket* pixels, std::uint8_t* row, unsigned long width
   for (unsigned long x = 0; x < width; ++x) row[x] = ToByte(pixels[x].red);
 }
 
-void WriteColours(const PixelPacket* pixels, std::uint8_t* row, unsigned long width, bool alpha) {
-  const std::size_t step = alpha ? 4 : 3;
-  for (unsigned long x = 0; x < width; ++x, row += step) {
-    row[0] = ToByte(pixels[x].blue);
-    row[1] = ToByte(pixels[x].green);
-    row[2] = ToByte(pixels[x].red);
-    if (alpha) row[3] = static_cast<std::uint8_t>(255 - ToByte(pixels[x].opacity));
+void WriteColours(const PixelPacket* pixels, std::uint8_t* row, unsigned long width) {
+  for (unsigned long x = 0; x < width; ++x) {
+    row[3 * x] = ToByte(pixels[x].blue);
+    row[3 * x + 1] = ToByte(pixels[x].green);
+    row[3 * x + 2] = ToByte(pixels[x].red);
+  }
+}
+
+void WriteColoursWithAlpha(const PixelPacket* pixels, std::uint8_t* row, unsigned long width) {
+  for (unsigned long x = 0; x < width; ++x) {
+    row[4 * x] = ToByte(pixels[x].blue);
+    row[4 * x + 1] = ToByte(pixels[x].green);
+    row[4 * x + 2] = ToByte(pixels[x].red);
+    row[4 * x + 3] = static_cast<std::uint8_t>(255 - ToByte(pixels[x].opacity));
   }
 }
 
@@ -81,8 +89,10 @@ bool WriteRows(Image& image, Form form, modules::Page& page) {
       WriteIndices(indices, static_cast<std::uint32_t>(page.bits), row, image.columns);
     } else if (form == Form::kGrey) {
       WriteGrey(pixels, row, image.columns);
+    } else if (form == Form::kAlpha) {
+      WriteColoursWithAlpha(pixels, row, image.columns);
     } else {
-      WriteColours(pixels, row, image.columns, form == Form::kAlpha);
+      WriteColours(pixels, row, image.columns);
     }
   }
   return true;
