@@ -16,7 +16,7 @@ void CopyShifted(std::uint8_t* target, const std::uint8_t* source, std::size_t s
   const std::size_t bytes = PackedStride(count, bits);
   for (std::size_t i = 0; i < bytes; ++i) {
     const unsigned next = i + 1 < sourceBytes ? source[i + 1] : 0U;
-    target[i] = static_cast<std::uint8_t>(source[i] << shift | next >> (8 - shift));
+    target[i] = static_cast<std::uint8_t>(unsigned{source[i]} << shift | next >> (8 - shift));
   }
   const std::size_t unused = bytes * 8 - count * bits;
   target[bytes - 1] = static_cast<std::uint8_t>(target[bytes - 1] >> unused << unused);
