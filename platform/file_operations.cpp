@@ -160,7 +160,7 @@ std::FILE* OpenText(const char* path, const char* mode) {
   if (IsEmpty(path)) return nullptr;
   const std::string native = NativePath(path);
   struct stat status {};
-  if (stat(native.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) return nullptr;
+  if (stat(native.c_str(), &status) == 0 && (!S_ISREG(status.st_mode) || !Writable(path))) return nullptr;
   return std::fopen(native.c_str(), mode);
 }
 

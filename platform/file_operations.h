@@ -25,8 +25,8 @@ bool MoveFile(const char* from, const char* to);
 // Replaces a file at `to`, at once when the copy is complete. A failure leaves `to` as it was.
 bool CopyFile(const char* from, const char* to);
 
-// Opens a text file for fopen's `mode`. Null also for what exists and is no regular file, since a pipe without a reader
-// would make the program wait.
+// Opens a text file to be written in fopen's `mode`. Null also for what is write-protected and for what exists and is
+// no regular file, since a pipe without a reader would make the program wait.
 std::FILE* OpenText(const char* path, const char* mode);
 
 std::string TemporaryFolder();  // the system's, without a trailing backslash

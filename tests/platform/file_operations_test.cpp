@@ -120,11 +120,15 @@ TEST(FileOperations, CopyReplacesAsAWhole) {
   EXPECT_EQ(tree.Contents(), (std::vector<std::string>{"folder", "from", "to"}));
 }
 
-TEST(FileOperations, OpenTextKeepsAwayFromWhatIsNoFile) {
+TEST(FileOperations, OpenTextKeepsAwayFromWhatItMayNotWrite) {
   const test_support::TemporaryFolder tree;
   ASSERT_EQ(mkfifo((tree.path() / "pipe").c_str(), 0600), 0);
   EXPECT_EQ(platform::OpenText(tree.Text("pipe").c_str(), "w"), nullptr);
   EXPECT_EQ(platform::OpenText(tree.Text().c_str(), "a+"), nullptr);
+  tree.Write("locked", "old");
+  Protect(tree.path() / "locked");
+  EXPECT_EQ(platform::OpenText(tree.Text("locked").c_str(), "w"), nullptr);
+  EXPECT_EQ(tree.Read("locked"), "old");
   std::FILE* file = platform::OpenText(tree.Text("new").c_str(), "a+");
   ASSERT_NE(file, nullptr);
   std::fclose(file);
