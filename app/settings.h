@@ -24,7 +24,7 @@ struct ConvertSettings {
   std::int32_t delay = 0;                 // given to every slide, hundredths of a second; 0: the slides' own
   gen::basic_string<char> outExt;         // with its dot
   gen::basic_string<char> destFile;       // decides the output path of every file when not empty
-  std::uint32_t background = 0x00FFFFFF;  // red in the lowest byte, then green, blue
+  std::uint32_t background = 0x00FFFFFF;  // red in the lowest byte, then green, blue, alpha
   bool flattenAlpha = false;              // lay transparent pixels on the background behind the chain
   std::int32_t maxBytes = 0;              // limit of one output; 0 or less: none
   std::int32_t sortOrder = 0;             // 0 as the file system has it, 1 ascending, 2 descending

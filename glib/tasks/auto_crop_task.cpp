@@ -40,6 +40,8 @@ std::array<bool, 256> ContentEntries(const RasterBlock& raster, std::uint32_t co
 
 void CropToContent(Layer& layer, std::uint32_t color) {
   if (layer.raster.bits == 0 && !ToDepth32(layer.raster, 72.0, 72.0)) return;
+  // The bounds count from the raster's own corner: a layer that stands elsewhere goes to the slide's corner first.
+  layer.SetPosition(0, 0);
   layer.CropLayer(ContentBounds(&layer, color));
   layer.SetPosition(0, 0);
 }

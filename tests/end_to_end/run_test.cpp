@@ -95,5 +95,21 @@ TEST_F(RunTest, FlatteningLaysTransparentPixelsOnTheBackground) {
   EXPECT_TRUE(HasPages("a.gif", {0xFE0000}));
 }
 
+TEST_F(RunTest, TheHighestByteOfTheBackgroundIsItsAlpha) {
+  Bmp("a.bmp", kRed, 8, 8);
+  const struct {
+    std::string background;
+    std::uint32_t corner;
+  } cases[] = {{"-bchFF008000", 0xFF008000}, {"-bc-16744448", 0xFF008000}, {"-bch008000", 0}, {"-bcm(0;128;0)", 0}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(Run({"-rot45", "-palitems256", "-ov", c.background}).status, 0) << c.background;
+    const support::GifFile gif = Output("a.gif");
+    ASSERT_EQ(gif.pages.size(), 1U) << c.background;
+    EXPECT_EQ(gif.pages[0].At(0, 0), c.corner) << c.background;
+    // Opaque red laid on a background without red: (255 - 0) * 255 / 256, rounded down.
+    EXPECT_EQ(gif.pages[0].At(gif.width / 2, gif.height / 2), 0xFFFE0000) << c.background;
+  }
+}
+
 }  // namespace
 }  // namespace test_support

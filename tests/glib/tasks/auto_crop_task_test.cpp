@@ -117,4 +117,26 @@ TEST(AutoCropTask, CutsEveryLayerToItsContent) {
   EXPECT_TRUE(slide.stale);
 }
 
+TEST(AutoCropTask, CutsALayerThatDoesNotStandAtTheCorner) {
+  constexpr std::uint32_t kBorder = 0xFFFFFFFF;
+  test_support::SampleFilm sample;
+  glib::Slide& slide = sample.AddSlide(8, 9, [](std::int32_t x, std::int32_t y) {
+    return x >= 1 && x < 4 && y >= 2 && y < 8 ? test_support::PlaceWord(x, y) : kBorder;
+  });
+  slide.GetLayer(0)->SetPosition(3, 4);
+  // Content up to all four edges: nothing to cut.
+  sample.AddSlide(5, 6).GetLayer(0)->SetPosition(2, 0);
+  const glib::AutoCropParams params{kBorder};
+  EXPECT_TRUE(glib::TaskAutoCrop(&sample.film, &params));
+  EXPECT_EQ(sample.Layer(0).raster.width, 3);
+  EXPECT_EQ(sample.Layer(0).raster.height, 6);
+  EXPECT_EQ(sample.Pixel(0, 0, 0), test_support::PlaceWord(1, 2));
+  EXPECT_EQ(sample.Pixel(0, 2, 5), test_support::PlaceWord(3, 7));
+  EXPECT_EQ(sample.Layer(0).x, 0);
+  EXPECT_EQ(sample.Layer(0).y, 0);
+  EXPECT_EQ(sample.Layer(1).raster.width, 5);
+  EXPECT_EQ(sample.Layer(1).raster.height, 6);
+  EXPECT_EQ(sample.Layer(1).x, 0);
+}
+
 }  // namespace
