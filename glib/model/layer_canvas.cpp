@@ -10,6 +10,13 @@
 namespace glib {
 namespace {
 
+// The bits behind the last pixel of a row become 0, or a wider canvas would show them.
+void ClearUnusedBits(std::uint8_t* row, std::size_t count, std::size_t bits) {
+  const std::size_t bytes = PackedStride(count, bits);
+  const std::size_t unused = bytes * 8 - count * bits;
+  row[bytes - 1] = static_cast<std::uint8_t>(row[bytes - 1] >> unused << unused);
+}
+
 // Row of `count` pixels out of a row of indices that doesn't begin at a byte: all bits move up by `shift`.
 void CopyShifted(std::uint8_t* target, const std::uint8_t* source, std::size_t sourceBytes, std::size_t count,
                  std::size_t bits, unsigned shift) {
@@ -18,8 +25,6 @@ void CopyShifted(std::uint8_t* target, const std::uint8_t* source, std::size_t s
     const unsigned next = i + 1 < sourceBytes ? source[i + 1] : 0U;
     target[i] = static_cast<std::uint8_t>(unsigned{source[i]} << shift | next >> (8 - shift));
   }
-  const std::size_t unused = bytes * 8 - count * bits;
-  target[bytes - 1] = static_cast<std::uint8_t>(target[bytes - 1] >> unused << unused);
 }
 
 // A block of the same depth and row padding as `raster`, its bytes not set; null without memory.
@@ -84,6 +89,7 @@ bool Layer::CropLayer(std::int32_t newX, std::int32_t newY, std::int32_t width, 
     } else {
       CopyShifted(target, source, sourceStride - firstBit / 8, count, bits, shift);
     }
+    ClearUnusedBits(target, count, bits);
     std::memset(target + rowBytes, 0, stride - rowBytes);
     source += sourceStride;
     target += stride;

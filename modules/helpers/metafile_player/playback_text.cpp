@@ -16,7 +16,7 @@ constexpr double kPi = 3.14159265358979323846;
 constexpr std::size_t kMaxCharacters = 65536;
 // Samples of an em: below nothing is to be seen, above no letter is whole.
 constexpr double kSmallestEm = 0.5;
-constexpr double kLargestEm = 100000;
+constexpr double kLargestEm = 30000;
 constexpr double kDefaultEm = 12;  // logical units, of a font that leaves its height open
 // Of the em.
 constexpr double kUnderlineBelow = 0.08;
@@ -172,8 +172,11 @@ void Playback::DrawText(const TextRun& run) {
 
   cairo_matrix_t matrix;
   cairo_matrix_init(&matrix, along.x * emWidth, along.y * emWidth, across.x * em, across.y * em, 0, 0);
-  const double size = std::sqrt(std::abs(matrix.xx * matrix.yy - matrix.xy * matrix.yx));
-  if (size >= kSmallestEm && size <= kLargestEm) {
+  // Each way by itself: the library loses memory over fonts that it can't scale.
+  const double least = std::min(std::hypot(matrix.xx, matrix.yx), std::hypot(matrix.xy, matrix.yy));
+  const double most = std::max(std::hypot(matrix.xx, matrix.yx), std::hypot(matrix.xy, matrix.yy));
+  const double area = std::abs(matrix.xx * matrix.yy - matrix.xy * matrix.yx);
+  if (least >= kSmallestEm && most <= kLargestEm && area >= kSmallestEm * kSmallestEm) {
     std::vector<cairo_glyph_t> glyphs;
     for (std::size_t i = 0; i < placed.size();) {
       // As many as share a face.
