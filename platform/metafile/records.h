@@ -100,7 +100,6 @@ enum RecordType : std::uint32_t {
   kEmrExtCreatePen = 95,
   kEmrSmallTextOut = 108,
   kEmrAlphaBlend = 114,
-  kEmrSetLayout = 115,
   kEmrTransparentBlt = 116,
   kEmrGradientFill = 118,
 };

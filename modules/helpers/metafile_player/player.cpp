@@ -44,14 +44,13 @@ bool ReadPlacement(const Record& header, std::int32_t width, std::int32_t height
   return true;
 }
 
-bool DrawTile(std::span<const std::uint8_t> stream, Canvas& canvas, Shared& shared, const Placement& placement) {
+void DrawTile(std::span<const std::uint8_t> stream, Canvas& canvas, Shared& shared, const Placement& placement) {
   Playback playback(canvas, shared, placement);
   platform::RecordReader reader(stream);
   Record record;
   for (std::uint32_t i = 0; i < kMaxRecords && !canvas.Exhausted() && reader.Next(record); ++i) {
     playback.Play(record);
   }
-  return true;
 }
 
 bool DrawPicture(std::span<const std::uint8_t> stream, std::int32_t width, std::int32_t height, std::uint32_t paper,

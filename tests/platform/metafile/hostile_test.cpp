@@ -38,7 +38,7 @@ void PlayWith(Drawing& drawing, const std::function<void(Bytes&)>& add, bool sec
   drawing.out.Rectangle({0, 0, 2, 2});
   const OwnedMetafile start(drawing.out.Close());
   Bytes bytes = start->records;
-  bytes.resize(bytes.size() - 20);  // without its end
+  bytes.erase(bytes.end() - 20, bytes.end());  // without its end
   add(bytes);
   if (secondBox) Put(bytes, platform::kEmrRectangle, {6, 6, 8, 8});
   drawing.Play(platform::Metafile(bytes));
