@@ -47,8 +47,11 @@ PicturePtr DecodeWithAlpha(std::span<const std::uint8_t> data, bool withFilter) 
   if (opaque == nullptr) return nullptr;
   auto picture = std::make_unique<modules::Picture>();
   if (!picture->Allocate(opaque->width, opaque->height, 32)) return nullptr;
-  std::vector<std::uint8_t> alpha = Inflate(in.Take(in.Left()), std::size_t{opaque->width} * opaque->height);
-  alpha.resize(std::size_t{opaque->width} * opaque->height, 255);
+  // What a short stream lacks is opaque.
+  const std::size_t pixels = std::size_t{opaque->width} * opaque->height;
+  const std::vector<std::uint8_t> inflated = Inflate(in.Take(in.Left()), pixels);
+  std::vector<std::uint8_t> alpha(pixels, 255);
+  std::copy_n(inflated.begin(), std::min(inflated.size(), pixels), alpha.begin());
   const std::size_t step = opaque->bits / 8;
   for (std::uint32_t y = 0; y < picture->height; ++y) {
     const std::uint8_t* from = opaque->Row(y);
