@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "glib/module_api/result_values.h"
+#include "modules/common/dib.h"
 #include "modules/common/helper.h"
 #include "platform/child_process.h"
 
@@ -14,14 +15,17 @@ namespace {
 constexpr std::uint64_t kMaxRecords = std::uint64_t{512} << 20;
 constexpr std::size_t kMaxCause = 200;
 
+enum class Kind : std::uint32_t { kRecords, kDib, kFailure };
+
 struct Head {
+  Kind kind;
   std::uint32_t result;
   std::uint64_t bytes;  // of the records, or of the cause
 };
 
-void Write(int output, std::uint32_t result, const void* bytes, std::size_t size) {
-  Head head;
-  std::memset(&head, 0, sizeof(head));
+void Write(int output, Kind kind, std::uint32_t result, const void* bytes, std::size_t size) {
+  Head head{};
+  head.kind = kind;
   head.result = result;
   head.bytes = size;
   if (platform::WriteAll(output, &head, sizeof(head))) platform::WriteAll(output, bytes, size);
@@ -30,11 +34,15 @@ void Write(int output, std::uint32_t result, const void* bytes, std::size_t size
 }  // namespace
 
 void HandOver(int output, std::span<const std::uint8_t> records) {
-  Write(output, glib::RCOK, records.data(), records.size());
+  Write(output, Kind::kRecords, glib::RCOK, records.data(), records.size());
+}
+
+void HandOverDib(int output, std::span<const std::uint8_t> dib) {
+  Write(output, Kind::kDib, glib::RCOK, dib.data(), dib.size());
 }
 
 void HandOverFailure(int output, std::uint32_t result, const char* cause) {
-  Write(output, result, cause, std::min(std::strlen(cause), kMaxCause));
+  Write(output, Kind::kFailure, result, cause, std::min(std::strlen(cause), kMaxCause));
 }
 
 std::uint32_t LoadChildDrawing(std::span<const std::uint8_t> file, const char* helper, const char* entry,
@@ -51,11 +59,12 @@ std::uint32_t LoadChildDrawing(std::span<const std::uint8_t> file, const char* h
   const bool whole = child.Read(bytes.data(), head.bytes) == head.bytes;
   if (!whole) return Fail(exchange, glib::IERR, "The drawing breaks off");
   bytes[head.bytes] = 0;
-  if (head.result != glib::RCOK) {
+  if (head.kind != Kind::kRecords && head.kind != Kind::kDib) {
     return Fail(exchange, head.result == glib::NSUP ? glib::NSUP : glib::IERR,
                 reinterpret_cast<const char*>(bytes.data()));
   }
   bytes.pop_back();
+  if (head.kind == Kind::kDib) return LoadDib(bytes, 0, exchange);
   return AddMetafilePage(exchange, bytes) != nullptr ? glib::RCOK : glib::IERR;
 }
 
