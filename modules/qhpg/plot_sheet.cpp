@@ -13,9 +13,6 @@ constexpr double kFarthest = 1 << 26;
 constexpr std::size_t kMaxLine = 65536;      // points of one record
 constexpr std::uint32_t kMaxHatches = 2000;  // lines of one area
 
-// Of a cell, which is the distance from character to character and from line to line.
-constexpr double kCellWidth = 1.5;
-constexpr double kCellHeight = 2.0;
 // A plotter's height is that of a capital letter.
 constexpr double kCapitalOfEm = 0.72;
 // Of the font that stands in for a plotter's strokes: how wide its capitals are to their height, and its mean width.

@@ -16,6 +16,10 @@ struct Place {
   double y = 0;
 };
 
+// Distances of characters and lines, to the characters' sides.
+inline constexpr double kCellWidth = 1.5;
+inline constexpr double kCellHeight = 2.0;
+
 struct Lettering {
   double width = 0.187 * 400;  // of a character
   double height = 0.269 * 400;
