@@ -1,8 +1,6 @@
 #ifndef PLATFORM_LIBRARY_H_
 #define PLATFORM_LIBRARY_H_
 
-#include <string>
-
 namespace platform {
 
 // Loads a module by its name without extension. With an empty or null `folder` it is looked for in "modules" beside the
@@ -12,9 +10,10 @@ void* LoadModule(const char* folder, const char* name);
 void* ModuleEntry(void* module, const char* name);  // null if the module has no such entry
 void FreeModule(void* module);                      // null is ignored
 
-// Folder of the program or module that holds `code`, without a trailing slash; empty if it can't be found out. The name
-// is that under which it was loaded, so a relative one goes wrong when the current folder has changed since.
-std::string FolderOfCode(const void* code);
+// Loads `name` from the folder of helpers that belongs to what holds `code`: for a module "helpers" beside it, for a
+// helper its own folder, for the library of the program that of its modules. Null if it can't be loaded. The name under
+// which `code` was loaded is used, so a relative one goes wrong when the current folder has changed since.
+void* LoadHelper(const void* code, const char* name);
 
 }  // namespace platform
 

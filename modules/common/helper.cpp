@@ -15,10 +15,8 @@ const char kThisModule = 0;
 }  // namespace
 
 void* HelperEntry(const char* helper, const char* entry) {
-  const std::string folder = platform::FolderOfCode(&kThisModule);
-  if (folder.empty()) return nullptr;
   // To open a library again only counts a reference; none is given back, so that the helper stays.
-  void* library = platform::LoadModule((folder + "/helpers").c_str(), helper);
+  void* library = platform::LoadHelper(&kThisModule, helper);
   return library == nullptr ? nullptr : platform::ModuleEntry(library, entry);
 }
 

@@ -1,7 +1,5 @@
 #include "platform/metafile/player.h"
 
-#include <string>
-
 #include "platform/library.h"
 
 namespace platform {
@@ -16,15 +14,8 @@ constexpr const char* kHelper = "metafile_player";
 const char kThisLibrary = 0;
 
 PlayRecordsEntry FindPlayer() {
-  const std::string folder = FolderOfCode(&kThisLibrary);
-  if (folder.empty()) return nullptr;
-  // As built the modules have a folder of their own; installed they lie beside this library.
-  for (const char* helpers : {"/modules/helpers", "/helpers"}) {
-    if (void* library = LoadModule((folder + helpers).c_str(), kHelper)) {
-      return reinterpret_cast<PlayRecordsEntry>(ModuleEntry(library, "PlayRecords"));
-    }
-  }
-  return nullptr;
+  void* library = LoadHelper(&kThisLibrary, kHelper);
+  return library == nullptr ? nullptr : reinterpret_cast<PlayRecordsEntry>(ModuleEntry(library, "PlayRecords"));
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "glib/module_api/result_values.h"
+#include "modules/common/helper.h"
 #include "tests/support/byte_writer.h"
 #include "tests/support/damage.h"
 #include "tests/support/module_host.h"
@@ -164,8 +165,10 @@ TEST_F(GraphicsMagick, DamagedFilesEndCleanly) {
 
 TEST(MissingHelper, IsToldByName) {
   Loaded loaded = EmptyExchange();
-  EXPECT_EQ(modules::LoadWithMagick(AsBytes("P6 1 1 255\nabc"), {.coder = "PNM"}, *loaded.exchange), glib::NSUP);
-  EXPECT_NE(loaded.exchange->message->Find("graphicsmagick"), -1);
+  EXPECT_EQ(modules::HelperEntry("no_such_helper", "MagickRead"), nullptr);
+  EXPECT_EQ(modules::HelperEntry("graphicsmagick", "NoSuchEntry"), nullptr);
+  EXPECT_EQ(modules::MissingHelper(*loaded.exchange, "no_such_helper"), glib::NSUP);
+  EXPECT_NE(loaded.exchange->message->Find("no_such_helper"), -1);
 }
 
 }  // namespace
