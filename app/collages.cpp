@@ -93,7 +93,7 @@ Target SheetNames::Next() {
     const Text path = Numbered(number);
     if (!platform::Exists(path.c_str())) return {Numbered(0), path, false};
     const bool isEarlier = std::find(earlier.begin(), earlier.end(), path) != earlier.end();
-    if (isEarlier && !sheets.Holds(path.c_str()) && platform::Writable(path.c_str())) return {path, path, true};
+    if (isEarlier && !sheets.Holds(path.c_str()) && platform::Deletable(path.c_str())) return {path, path, true};
   }
 }
 
