@@ -42,7 +42,7 @@ void CallAtTheEnd() {
     if (sigaction(signal, nullptr, &present) != 0 || present.sa_handler != SIG_DFL) continue;
     struct sigaction action {};
     action.sa_handler = RemoveAllAndEnd;
-    action.sa_flags = SA_RESETHAND;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
     sigaction(signal, &action, nullptr);
   }
 }
