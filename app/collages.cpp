@@ -27,7 +27,8 @@ constexpr std::int32_t kSheetColors = 256;
 
 // The names that sheets take, and what becomes of those of earlier runs. With `overwrite` the names are given as if
 // all files that match them had been deleted at the start. In truth an earlier sheet stands until a new one has taken
-// its name, and the others go at the end, when at least one new sheet stands.
+// its name, and the others go at the end, when every new sheet stands: one that could not be saved, on a full disk say,
+// costs no earlier one.
 class SheetNames {
  public:
   explicit SheetNames(const ConvertSettings& run);
@@ -37,6 +38,7 @@ class SheetNames {
   // The place for the next sheet; the same again until it is taken.
   Target Next();
   void Taken(const Text& path) { sheets.Add(path.c_str()); }
+  void NotTaken() { complete = false; }
   const platform::FileSet& Sheets() const { return sheets; }
   void RemoveEarlier() const;
 
@@ -49,6 +51,7 @@ class SheetNames {
   std::vector<Text> earlier;  // replaced or removed
   platform::FileSet sheets;   // of this run
   int number = 0;             // all names below are taken
+  bool complete = true;       // no sheet of this run failed
 };
 
 SheetNames::SheetNames(const ConvertSettings& run) : settings(run), gone(run.files.count) {
@@ -90,12 +93,12 @@ Target SheetNames::Next() {
     const Text path = Numbered(number);
     if (!platform::Exists(path.c_str())) return {Numbered(0), path, false};
     const bool isEarlier = std::find(earlier.begin(), earlier.end(), path) != earlier.end();
-    if (isEarlier && !sheets.Holds(path.c_str()) && platform::Writable(path.c_str())) return {path, path, true};
+    if (isEarlier && !sheets.Holds(path.c_str()) && platform::Deletable(path.c_str())) return {path, path, true};
   }
 }
 
 void SheetNames::RemoveEarlier() const {
-  if (sheets.IsEmpty()) return;
+  if (sheets.IsEmpty() || !complete) return;
   for (const Text& path : earlier) {
     if (!sheets.Holds(path.c_str())) Converter::RemoveFile(path);
   }
@@ -235,6 +238,7 @@ void CollageRun::SaveCollage() {
     RunLog().Report(kReady, "");
   } else {
     for (const std::uint32_t index : onSheet) fates[index].lost = true;
+    names.NotTaken();
     RunLog().Report(kConvertingFailed, "");
   }
   film.Clear();

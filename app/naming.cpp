@@ -85,7 +85,7 @@ Converter::Text Converter::FreeName(Text path, Text ext) {
 bool Converter::RemoveFile(Text path) try {
   if (path.IsEmpty()) return false;
   if (!platform::Exists(path.c_str())) return true;
-  return platform::Writable(path.c_str()) && platform::DeleteFile(path.c_str());
+  return platform::Deletable(path.c_str()) && platform::DeleteFile(path.c_str());
 } catch (...) {
   return false;
 }

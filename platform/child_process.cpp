@@ -57,7 +57,7 @@ void SetDescriptors(int input, int output) {
 }
 
 void ResetSignals() {
-  for (const int signal : {SIGPIPE, SIGINT, SIGTERM, SIGXCPU, SIGXFSZ}) std::signal(signal, SIG_DFL);
+  for (const int signal : {SIGPIPE, SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGXCPU, SIGXFSZ}) std::signal(signal, SIG_DFL);
 }
 
 // The file that a shell would run, or an empty text. A folder of the search path that is relative is passed over: the

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <memory>
 #include <random>
+#include <string_view>
 
 #include "platform/native_path.h"
 
@@ -77,6 +78,14 @@ std::string CopyBeside(const std::string& from, const std::string& to) {
   return {};
 }
 
+// A link such as /dev/stdout, which leads to whatever file the stream is at the moment.
+bool IsStreamLink(const std::string& path) {
+  const std::string_view processes = "/proc/";
+  char target[sizeof("/proc/")];
+  return readlink(path.c_str(), target, sizeof(target)) >= static_cast<ssize_t>(processes.size()) &&
+         processes == std::string_view(target, processes.size());
+}
+
 // Renames without replacing. `error` is set on failure.
 bool RenameToFree(const std::string& from, const std::string& to, int& error) {
   if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
@@ -117,8 +126,10 @@ bool Writable(const char* path) {
 }
 
 bool Deletable(const char* path) {
-  if (!Writable(path) || IsFolder(path)) return false;
+  if (!Writable(path)) return false;
   const std::string native = NativePath(path);
+  struct stat status {};
+  if (stat(native.c_str(), &status) != 0 || !S_ISREG(status.st_mode) || IsStreamLink(native)) return false;
   const std::size_t slash = native.rfind('/');
   const std::string folder = slash == std::string::npos ? "." : native.substr(0, slash + 1);
   return access(folder.c_str(), W_OK | X_OK) == 0;

@@ -14,7 +14,8 @@ bool Readable(const char* path);
 // What has no write permission for anybody is write-protected for the superuser too.
 bool Writable(const char* path);
 
-// A file that isn't write-protected, in a folder from which it can be deleted.
+// A regular file, or a link to one, that isn't write-protected, in a folder from which it can be deleted. A device, a
+// pipe or the name of a standard stream is nothing to replace: the superuser could, and the system would miss it.
 bool Deletable(const char* path);
 
 bool CreateFolder(const char* path);  // one level; false also if the name is taken

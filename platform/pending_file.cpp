@@ -9,9 +9,8 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdlib>
-#include <set>
 
+#include "platform/hidden_names.h"
 #include "platform/native_path.h"
 
 namespace platform {
@@ -19,17 +18,6 @@ namespace {
 
 constexpr mode_t kMode = 0666;  // the umask takes its part
 constexpr int kNameTries = 100;
-
-// Hidden names that stand now: what exit() has to take away, since it destroys no object of an open scope.
-std::set<std::string>& HiddenNames() {
-  static auto* const names = [] {
-    std::atexit([] {
-      for (const std::string& name : HiddenNames()) unlink(name.c_str());
-    });
-    return new std::set<std::string>;
-  }();
-  return *names;
-}
 
 std::string HiddenName(const std::string& folder) {
   static unsigned count = 0;
@@ -101,15 +89,17 @@ bool PendingFile::OpenNameless(const std::string& folder) {
 bool PendingFile::OpenHidden(const std::string& folder) {
   for (int i = 0; i < kNameTries && descriptor < 0; ++i) {
     const std::string name = HiddenName(folder);
+    AddHiddenName(name);
     descriptor = open(name.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, kMode);
     if (descriptor >= 0) {
       hiddenName = name;
-    } else if (errno != EEXIST) {
-      return false;
+      break;
     }
+    const int error = errno;
+    ForgetHiddenName(name);
+    if (error != EEXIST) return false;
   }
   if (descriptor < 0) return false;
-  HiddenNames().insert(hiddenName);
   pathText = WithBackslashes(hiddenName);
   return true;
 }
@@ -117,7 +107,11 @@ bool PendingFile::OpenHidden(const std::string& folder) {
 void PendingFile::DropHidden() {
   if (hiddenName.empty()) return;
   unlink(hiddenName.c_str());
-  HiddenNames().erase(hiddenName);
+  ForgetHidden();
+}
+
+void PendingFile::ForgetHidden() {
+  ForgetHiddenName(hiddenName);
   hiddenName.clear();
 }
 
@@ -157,8 +151,7 @@ PendingFile::Outcome PendingFile::CommitHidden(const std::string& target) {
     if (!done) unlink(target.c_str());
   }
   if (!done) return Outcome::kFailed;
-  HiddenNames().erase(hiddenName);
-  hiddenName.clear();
+  ForgetHidden();
   return Outcome::kDone;
 }
 
@@ -169,22 +162,22 @@ PendingFile::Outcome PendingFile::CommitReplacing(const char* path) {
   if (hiddenName.empty()) {
     for (int i = 0; i < kNameTries && hiddenName.empty(); ++i) {
       const std::string name = HiddenName(folderNative);
+      AddHiddenName(name);
       int error = 0;
       if (LinkTo(name, error)) {
         hiddenName = name;
-      } else if (error != EEXIST) {
-        return Outcome::kFailed;
+        break;
       }
+      ForgetHiddenName(name);
+      if (error != EEXIST) return Outcome::kFailed;
     }
     if (hiddenName.empty()) return Outcome::kFailed;
-    HiddenNames().insert(hiddenName);
   }
   if (rename(hiddenName.c_str(), NativePath(path).c_str()) != 0) {
     DropHidden();
     return Outcome::kFailed;
   }
-  HiddenNames().erase(hiddenName);
-  hiddenName.clear();
+  ForgetHidden();
   return Outcome::kDone;
 }
 

@@ -7,7 +7,8 @@ namespace platform {
 
 // A file that has no name before it is complete. Until then it can be written and read by `Path`; it is gone with the
 // object, and with the process, however that ends. Where the file system can't hold a file without a name, a hidden
-// name (".zefa-" and digits) in the same folder takes its place, which only a killed process leaves behind.
+// name (".zefa-" and digits) in the same folder takes its place, which only a process that is killed outright leaves
+// behind.
 class PendingFile {
  public:
   enum class Kind { kBest, kHiddenName };
@@ -43,6 +44,7 @@ class PendingFile {
   bool LinkTo(const std::string& target, int& error) const;
   Outcome CommitHidden(const std::string& target);
   void DropHidden();
+  void ForgetHidden();
 
   int descriptor = -1;
   std::string folderNative;

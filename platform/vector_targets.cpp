@@ -1,6 +1,8 @@
 #include "platform/vector_targets.h"
 
+#include <cstdarg>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -70,6 +72,17 @@ std::int64_t testSets = 0;
 }  // namespace platform
 
 namespace hwy {
+
+// For a broken assumption in the kernels, which an optimised build leaves out.
+HWY_DLLEXPORT HWY_NORETURN void HWY_FORMAT(3, 4) Abort(const char* file, int line, const char* format, ...) {
+  std::va_list values;
+  va_start(values, format);
+  std::fprintf(stderr, "%s:%d: ", file, line);
+  std::vfprintf(stderr, format, values);
+  std::fputc('\n', stderr);
+  va_end(values);
+  std::abort();
+}
 
 HWY_DLLEXPORT std::int64_t SupportedTargets() {
   return platform::testSets != 0 ? platform::testSets : platform::Sets();

@@ -99,6 +99,19 @@ TEST_F(CollageTest, EarlierSheetsStayWhenNothingNewStands) {
   EXPECT_EQ(out.Read("out/collage.gif"), "old");
 }
 
+TEST_F(CollageTest, AFailedSheetCostsNoEarlierOne) {
+  Bmp("a.bmp", kRed);
+  in.Write("b.bmp", BmpFile({64, 64, Noise(1)}));
+  for (const char* name : {"collage.gif", "collage(1).gif", "collage(2).gif"}) {
+    out.Write(std::string("out/") + name, "old");
+  }
+  const RunPlace full = {{}, 2000, {}};
+  EXPECT_EQ(Run({"-collage(1;1;0;0;0)", "-ov"}, full).status, 0);
+  EXPECT_EQ(Outputs(), (Names{"collage(1).gif", "collage(2).gif", "collage.gif"}));
+  EXPECT_TRUE(HasPages("collage.gif", {kRed}));
+  EXPECT_EQ(out.Read("out/collage(1).gif"), "old");
+}
+
 TEST_F(CollageTest, AnEarlierSheetIsNoSource) {
   Bmp("a.bmp", kRed);
   Gif("collage.gif", {kGreen});

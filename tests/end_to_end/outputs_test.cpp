@@ -1,5 +1,6 @@
 // Where outputs stand, and what becomes of what stood there.
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -55,6 +56,21 @@ TEST_F(OutputsTest, WhatMayNotBeReplacedIsPassedOver) {
   EXPECT_EQ(Run({"-ov"}).output, Found(3) + LoadedOk("a.bmp") + LoadedOk("b.bmp") + Converted("c.bmp") + Finished());
   EXPECT_EQ(Outputs(), (Names{"a.gif", "b.gif", "b.gif/inside", "c.gif"}));
   EXPECT_EQ(out.Read("out/a.gif"), "mine");
+}
+
+TEST_F(OutputsTest, OnlyFilesAreReplaced) {
+  Bmp("a.bmp", kRed);
+  const std::string pipe = (out.path() / "pipe.gif").string();
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0666), 0);
+  const std::string passedOver = Found(1) + LoadedOk("a.bmp") + Finished();
+  EXPECT_EQ(RunZefa({Sources(), "df=" + pipe, "-ov", "-remsrc"}).output, passedOver);
+  EXPECT_EQ(RunZefa({Sources(), "df=" + pipe, "-ov", "-remsrc", "-unite:a"}).status, 253);
+  EXPECT_TRUE(fs::is_fifo(pipe));
+  fs::rename(pipe, out.path() / "out/collage.gif");
+  EXPECT_EQ(Run({"-collage(1;1;0;0;0)", "-ov"}).status, 0);
+  EXPECT_EQ(Outputs(), (Names{"collage(1).gif", "collage.gif"}));
+  EXPECT_TRUE(fs::is_fifo(out.path() / "out/collage.gif"));
+  EXPECT_EQ(in.Contents(), Names{"a.bmp"});
 }
 
 TEST_F(OutputsTest, WhatALockedFolderHoldsIsPassedOver) {

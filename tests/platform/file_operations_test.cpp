@@ -46,7 +46,16 @@ TEST(FileOperations, KnowWhatCanBeDeleted) {
   tree.Write("locked");
   tree.MakeFolder("folder");
   Protect(tree.path() / "locked");
+  ASSERT_EQ(mkfifo((tree.path() / "pipe").c_str(), 0666), 0);
+  fs::create_symlink("file", tree.path() / "link");
+  fs::create_symlink("pipe", tree.path() / "link to pipe");
+  fs::create_symlink("missing", tree.path() / "dangling");
+  fs::create_symlink("/proc/self/exe", tree.path() / "handle");
   EXPECT_TRUE(platform::Deletable(tree.Text("file").c_str()));
+  EXPECT_TRUE(platform::Deletable(tree.Text("link").c_str()));
+  for (const char* name : {"pipe", "link to pipe", "dangling", "handle"}) {
+    EXPECT_FALSE(platform::Deletable(tree.Text(name).c_str())) << name;
+  }
   EXPECT_FALSE(platform::Deletable(tree.Text("locked").c_str()));
   EXPECT_FALSE(platform::Deletable(tree.Text("folder").c_str()));
   EXPECT_FALSE(platform::Deletable(tree.Text("missing").c_str()));

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -18,6 +19,8 @@ namespace platform {
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr rlimit kNothing{0, 0};
 
 std::string ReadAll(const fs::path& path) {
   std::ifstream in(path, std::ios::binary);
@@ -155,6 +158,40 @@ TEST_P(PendingFileTest, IsGoneAfterExitInTheMiddle) {
   int status = 0;
   ASSERT_EQ(waitpid(child, &status, 0), child);
   EXPECT_TRUE(Names().empty());
+}
+
+// A process asked to end says so in its status and leaves nothing, of several files either.
+TEST_P(PendingFileTest, IsGoneAfterASignalToEnd) {
+  for (const int wanted : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
+    const pid_t child = fork();
+    if (child == 0) {
+      setrlimit(RLIMIT_CORE, &kNothing);
+      const PendingFile first(text.c_str(), GetParam());
+      { const PendingFile passing(text.c_str(), GetParam()); }
+      const PendingFile second(text.c_str(), GetParam());
+      raise(wanted);
+      _exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == wanted) << wanted;
+    EXPECT_TRUE(Names().empty()) << wanted;
+  }
+}
+
+TEST_P(PendingFileTest, StaysUnderASignalThatIsIgnored) {
+  const pid_t child = fork();
+  if (child == 0) {
+    signal(SIGHUP, SIG_IGN);
+    PendingFile file(text.c_str(), GetParam());
+    Fill(file, "whole");
+    raise(SIGHUP);
+    _exit(file.Commit(Named("a.gif").c_str()) == PendingFile::Outcome::kDone ? 0 : 1);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(ReadAll(folder / "a.gif"), "whole");
 }
 
 TEST_P(PendingFileTest, AKilledProcessLeavesNoFinalName) {

@@ -24,7 +24,8 @@ constexpr magick_int64_t kMaxRead = magick_int64_t{4} << 30;
 std::jmp_buf escape;
 bool broken = false;
 
-[[noreturn]] void Escape(ExceptionType, const char*, const char*) { std::longjmp(escape, 1); }
+// With Clang this spelling is a part of the type, which the library asks for.
+__attribute__((noreturn)) void Escape(ExceptionType, const char*, const char*) { std::longjmp(escape, 1); }
 
 void Ignore(ExceptionType, const char*, const char*) {}
 
