@@ -43,6 +43,7 @@ class ElapsedTimer {
 int main(int argc, char** argv) {
   platform::FillStandardStreams();
   platform::LetWritesFail();
+  platform::KeepFreedMemory();
   const ElapsedTimer timer;
   app::StatusLog log;
   glib::GIFSave gif;

@@ -1,6 +1,7 @@
 #include "platform/program.h"
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <signal.h>
 #include <syslog.h>
 #include <unistd.h>
@@ -37,6 +38,13 @@ void FillStandardStreams() {
 void LetWritesFail() {
   signal(SIGPIPE, SIG_IGN);
   signal(SIGXFSZ, SIG_IGN);
+}
+
+void KeepFreedMemory() {
+#ifdef M_MMAP_THRESHOLD  // only some C libraries have it
+  mallopt(M_MMAP_THRESHOLD, 16 << 20);
+  mallopt(M_TRIM_THRESHOLD, 32 << 20);
+#endif
 }
 
 void DebugMessage(const char* text) { syslog(LOG_USER | LOG_DEBUG, "%s", text); }

@@ -16,6 +16,10 @@ void FillStandardStreams();
 // the system allows this process.
 void LetWritesFail();
 
+// Lets the heap keep what it has once got from the system, up to some tens of megabytes: from file to file much the
+// same sizes are asked for, and new pages cost more than the work on them. Larger blocks still come and go.
+void KeepFreedMemory();
+
 // To the system's log at debug level; neither standard output nor standard error sees it.
 void DebugMessage(const char* text);
 

@@ -12,19 +12,9 @@ std::uint32_t CodeSizeFor(std::uint32_t highest) {
 }
 
 void LzwEncoder::Encode(const IndexRows& rows, std::uint32_t codeSize, BlockOutput& output) {
-  if (LzwDictionary::HasRepeats(codeSize)) {
-    EncodeRows<true>(rows, codeSize, output);
-  } else {
-    EncodeRows<false>(rows, codeSize, output);
-  }
-}
-
-template <bool kRepeats>
-void LzwEncoder::EncodeRows(const IndexRows& rows, std::uint32_t codeSize, BlockOutput& output) {
-  dictionary_.Reset(codeSize);
+  dictionary_.Reset();
   CodeStream stream(codeSize, std::uint64_t{rows.width} * rows.height, codes_, output);
   std::uint32_t code = rows.first[0];
-  std::uint32_t last = code;
   std::uint64_t begin = 0;  // where the string that is being matched begins, counted in pixels of the frame
   for (std::uint32_t i = 0; i < rows.height; ++i) {
     const std::uint32_t y = rows.interlaced ? InterlacedRow(i, rows.height) : i;
@@ -32,18 +22,16 @@ void LzwEncoder::EncodeRows(const IndexRows& rows, std::uint32_t codeSize, Block
     const std::uint64_t rowBegin = std::uint64_t{i} * rows.width;
     for (std::uint32_t x = i == 0 ? 1 : 0; x < rows.width; ++x) {
       const std::uint32_t pixel = row[x];
-      const std::uint32_t slot = dictionary_.SlotOf<kRepeats>(code, pixel, last);
-      const std::uint32_t longer = dictionary_.At(slot);
-      last = pixel;
-      if (longer != 0) {
-        code = longer;
+      const LzwDictionary::Place longer = dictionary_.Find(code, pixel);
+      if (longer.code != 0) {
+        code = longer.code;
         continue;
       }
       const std::uint64_t place = rowBegin + x;
       if (stream.Put(code, static_cast<std::uint32_t>(place - begin))) {
-        dictionary_.Reset(codeSize);
+        dictionary_.Reset();
       } else if (!stream.Full()) {
-        dictionary_.Set(slot, stream.NewEntry());
+        dictionary_.Set(longer.slot, code, pixel, stream.NewEntry());
       }
       code = pixel;
       begin = place;
@@ -58,19 +46,8 @@ struct LzwEncoder::Pixels {
   std::size_t count;
 };
 
-void LzwEncoder::EncodeChoices(const std::uint8_t* indices, const std::uint8_t* alternatives, std::size_t count,
-                               std::uint32_t codeSize, BlockOutput& output) {
-  const Pixels pixels{indices, alternatives, count};
-  if (LzwDictionary::HasRepeats(codeSize)) {
-    EncodePixels<true>(pixels, codeSize, output);
-  } else {
-    EncodePixels<false>(pixels, codeSize, output);
-  }
-}
-
 // All strings of the table that the choices allow are walked through; they are parts of one tree, so that a walk meets
 // an entry at most once.
-template <bool kRepeats>
 LzwEncoder::Match LzwEncoder::LongestMatch(const Pixels& pixels, std::size_t place, std::uint32_t first) {
   Match best;
   open_.assign(1, {first, first, first, 1, 0});
@@ -81,7 +58,7 @@ LzwEncoder::Match LzwEncoder::LongestMatch(const Pixels& pixels, std::size_t pla
     const std::size_t next = place + match.length;
     if (next == pixels.count) continue;
     const auto extend = [&](std::uint32_t pixel) {
-      const std::uint32_t code = dictionary_.At(dictionary_.SlotOf<kRepeats>(match.code, pixel, match.last));
+      const std::uint32_t code = dictionary_.Find(match.code, pixel).code;
       if (code == 0) return;
       open_.push_back({code, first, pixel, match.length + 1, match.changes + (pixel != match.last ? 1U : 0U)});
     };
@@ -94,17 +71,18 @@ LzwEncoder::Match LzwEncoder::LongestMatch(const Pixels& pixels, std::size_t pla
 // The entry of a string and the pixel behind it is only known when that pixel has been chosen, yet the string that
 // begins there may be this very entry. So the entry stands in the table, for either choice in turn, while the search
 // goes on.
-template <bool kRepeats>
-void LzwEncoder::EncodePixels(const Pixels& pixels, std::uint32_t codeSize, BlockOutput& output) {
-  dictionary_.Reset(codeSize);
+void LzwEncoder::EncodeChoices(const std::uint8_t* indices, const std::uint8_t* alternatives, std::size_t count,
+                               std::uint32_t codeSize, BlockOutput& output) {
+  const Pixels pixels{indices, alternatives, count};
+  dictionary_.Reset();
   CodeStream stream(codeSize, pixels.count, codes_, output);
   Match before;  // of length 0: there is none since the table was begun
   for (std::size_t place = 0; place < pixels.count;) {
     const bool entryDue = before.length != 0 && !stream.Full();
     const auto search = [&](std::uint32_t first) {
-      if (!entryDue) return LongestMatch<kRepeats>(pixels, place, first);
-      dictionary_.Set(dictionary_.SlotOf<kRepeats>(before.code, first, before.last), stream.NextEntry());
-      const Match match = LongestMatch<kRepeats>(pixels, place, first);
+      if (!entryDue) return LongestMatch(pixels, place, first);
+      dictionary_.Set(dictionary_.Find(before.code, first).slot, before.code, first, stream.NextEntry());
+      const Match match = LongestMatch(pixels, place, first);
       dictionary_.Unset();
       return match;
     };
@@ -114,13 +92,14 @@ void LzwEncoder::EncodePixels(const Pixels& pixels, std::uint32_t codeSize, Bloc
       if (other.BetterThan(best)) best = other;
     }
     if (entryDue) {
-      dictionary_.Set(dictionary_.SlotOf<kRepeats>(before.code, best.first, before.last), stream.NewEntry());
+      const std::uint32_t slot = dictionary_.Find(before.code, best.first).slot;
+      dictionary_.Set(slot, before.code, best.first, stream.NewEntry());
     }
     place += best.length;
     if (place == pixels.count) return stream.End(best.code);
     before = best;
     if (stream.Put(best.code, best.length)) {
-      dictionary_.Reset(codeSize);
+      dictionary_.Reset();
       before = Match{};
     }
   }

@@ -52,11 +52,6 @@ class LzwEncoder {
     }
   };
 
-  template <bool kRepeats>
-  void EncodeRows(const IndexRows& rows, std::uint32_t codeSize, BlockOutput& output);
-  template <bool kRepeats>
-  void EncodePixels(const Pixels& pixels, std::uint32_t codeSize, BlockOutput& output);
-  template <bool kRepeats>
   Match LongestMatch(const Pixels& pixels, std::size_t place, std::uint32_t first);
 
   LzwDictionary dictionary_;
