@@ -8,6 +8,7 @@
 #define HWY_TARGET_INCLUDE "glib/pixel/rotate_right_angles.cpp"
 #include "hwy/foreach_target.h"
 //
+#include "hwy/cache_control.h"
 #include "hwy/highway.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -70,19 +71,29 @@ void TurnBlock(const std::uint32_t* source, std::ptrdiff_t sourceRow, std::ptrdi
 
 #endif
 
-// Rows `first` up to `end` by way of a block in the first-level cache, from which long pieces of target rows go out.
+// Rows `first` up to `end` by way of a block near the processor, from which long pieces of target rows go out. The block
+// draws one line of memory from each of many rows, which no processor foresees: the lines of the next block are asked
+// for while this one is turned.
 void TurnInBlocks(const std::uint32_t* source, std::ptrdiff_t width, std::ptrdiff_t first, std::ptrdiff_t end,
                   std::uint32_t* target, std::ptrdiff_t targetRow, std::ptrdiff_t along, bool stream) {
   constexpr std::ptrdiff_t kColumns = 16;
-  constexpr std::ptrdiff_t kRows = 256;
+  constexpr std::ptrdiff_t kRows = 512;
+  constexpr std::ptrdiff_t kStripe = 8;
   HWY_ALIGN std::uint32_t block[kColumns * kRows];
   for (std::ptrdiff_t y = first; y < end; y += kRows) {
     const std::ptrdiff_t rows = std::min(kRows, end - y);
     const std::ptrdiff_t lowest = along > 0 ? y : -(y + rows - 1);  // of the target columns of these rows
     for (std::ptrdiff_t x = 0; x < width; x += kColumns) {
       const std::ptrdiff_t columns = std::min(kColumns, width - x);
+      const std::uint32_t* from = source + y * width + x;
       std::uint32_t* corner = along > 0 ? block : block + (rows - 1);
-      TurnBlock(source + y * width + x, width, 0, columns, 0, rows, corner, kRows, along);
+      for (std::ptrdiff_t top = 0; top < rows; top += kStripe) {
+        const std::ptrdiff_t bottom = std::min(top + kStripe, rows);
+        if (x + kColumns < width) {
+          for (std::ptrdiff_t i = top; i < bottom; ++i) hwy::Prefetch(from + i * width + kColumns);
+        }
+        TurnBlock(from, width, 0, columns, top, bottom, corner, kRows, along);
+      }
       for (std::ptrdiff_t i = 0; i < columns; ++i) {
         std::uint32_t* to = target + (x + i) * targetRow + lowest;
         if (stream) {
