@@ -14,6 +14,10 @@
 namespace platform {
 namespace {
 
+// The bit of the level that Highway has above HWY_AVX3. Nothing is compiled for that level as a whole, which takes more
+// than this one extension.
+constexpr std::int64_t kWideByteTables = HWY_AVX3_DL;
+
 struct NamedLevel {
   const char* name;
   std::int64_t sets;  // this set and all simpler ones
@@ -24,7 +28,7 @@ constexpr std::int64_t UpTo(std::int64_t best) { return ~(best - 1); }
 
 constexpr NamedLevel kLevels[] = {
     {"scalar", UpTo(HWY_SCALAR)}, {"ssse3", UpTo(HWY_SSSE3)}, {"sse4", UpTo(HWY_SSE4)},
-    {"avx2", UpTo(HWY_AVX2)},     {"avx3", UpTo(HWY_AVX3)},
+    {"avx2", UpTo(HWY_AVX2)},     {"avx3", UpTo(HWY_AVX3)},   {"vbmi", UpTo(kWideByteTables)},
 };
 
 std::int64_t AllowedSets() {
@@ -56,6 +60,7 @@ std::int64_t ProcessorSets() {
   if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512cd") &&
       __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl")) {
     sets |= HWY_AVX3;
+    if (__builtin_cpu_supports("avx512vbmi")) sets |= kWideByteTables;
   }
 #endif
   return sets;
@@ -69,6 +74,9 @@ std::int64_t& Sets() {
 std::int64_t testSets = 0;
 
 }  // namespace
+
+bool HasWideByteTables() { return (hwy::SupportedTargets() & kWideByteTables) != 0; }
+
 }  // namespace platform
 
 namespace hwy {

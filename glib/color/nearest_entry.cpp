@@ -1,7 +1,9 @@
 #include "glib/color/nearest_entry.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
+#include <iterator>
 
 // Highway compiles this file once for each instruction set.
 #undef HWY_TARGET_INCLUDE
@@ -57,29 +59,23 @@ std::uint32_t NearestOfAll(const std::int32_t (*channels)[256], std::uint32_t co
   return static_cast<std::uint32_t>(hn::GetLane(first));
 }
 
-// For each entry the least squared distance from the values `low` to `low + size - 1` of each channel. Gives the least
-// of all entries' greatest distances.
-std::int32_t DistancesToCell(const std::int32_t (*channels)[256], std::uint32_t count, const std::int32_t* low,
-                             std::int32_t size, std::int32_t* least) {
+// How much nearer each entry comes than entry `rival` at best, as a difference of squared distances, within the cell of
+// `low` to `low + size - 1` a channel. That difference is linear in the colour, so it is greatest in a corner.
+void Leads(const std::int32_t (*channels)[256], std::uint32_t count, std::uint32_t rival, const std::int32_t* low,
+           std::int32_t size, std::int32_t* leads) {
   const Numbers numbers;
-  const std::size_t lanes = hn::Lanes(numbers);
-  auto bound = hn::Set(numbers, 0x7FFFFFFF);
-  const auto zero = hn::Zero(numbers);
-  for (std::size_t i = 0; i < count; i += lanes) {
-    auto near = zero;
-    auto far = zero;
+  for (std::size_t i = 0; i < count; i += hn::Lanes(numbers)) {
+    auto lead = hn::Zero(numbers);
     for (std::size_t channel = 0; channel < 3; ++channel) {
       const auto value = hn::LoadU(numbers, channels[channel] + i);
-      const auto above = hn::Sub(value, hn::Set(numbers, low[channel]));
-      const auto below = hn::Sub(hn::Set(numbers, low[channel] + size - 1), value);
-      const auto outside = hn::Max(zero, hn::Max(hn::Neg(above), hn::Neg(below)));
-      near = hn::Add(near, SquareOf(outside));
-      far = hn::Add(far, SquareOf(hn::Max(above, below)));
+      const auto other = hn::Set(numbers, channels[channel][rival]);
+      const auto apart = hn::Sub(value, other);
+      const auto atLow = hn::Sub(hn::Set(numbers, 2 * low[channel]), hn::Add(value, other));
+      const auto atHigh = hn::Add(atLow, hn::Set(numbers, 2 * (size - 1)));
+      lead = hn::Add(lead, hn::Max(hn::Mul(apart, atLow), hn::Mul(apart, atHigh)));
     }
-    hn::StoreU(near, numbers, least + i);
-    bound = hn::Min(bound, far);
+    hn::StoreU(lead, numbers, leads + i);
   }
-  return hn::GetLane(hn::MinOfLanes(numbers, bound));
 }
 
 }  // namespace
@@ -92,7 +88,7 @@ HWY_AFTER_NAMESPACE();
 namespace glib {
 
 HWY_EXPORT(NearestOfAll);
-HWY_EXPORT(DistancesToCell);
+HWY_EXPORT(Leads);
 
 std::uint32_t NearestEntryPlain(const std::uint32_t* palette, std::uint32_t count, std::int32_t c0, std::int32_t c1,
                                 std::int32_t c2) {
@@ -126,13 +122,11 @@ NearestEntryFinder::NearestEntryFinder(const std::uint32_t* palette, std::uint32
   // All are touched only where the colours are, and most of their pages never.
   candidates_ = static_cast<Candidate*>(std::malloc(kMaxCandidates * sizeof(*candidates_)));
   if (candidates_ == nullptr) return;
-  nearCells_ = static_cast<std::uint32_t*>(std::calloc(kCells, sizeof(*nearCells_)));
-  farCells_ = static_cast<std::uint32_t*>(std::calloc(kCells, sizeof(*farCells_)));
+  cells_ = static_cast<std::uint32_t*>(std::calloc(std::size(kGrids) * kCells, sizeof(*cells_)));
 }
 
 NearestEntryFinder::~NearestEntryFinder() {
-  std::free(nearCells_);
-  std::free(farCells_);
+  std::free(cells_);
   std::free(candidates_);
 }
 
@@ -140,78 +134,79 @@ std::uint32_t NearestEntryFinder::FindAmongAll(std::int32_t c0, std::int32_t c1,
   return HWY_DYNAMIC_DISPATCH(NearestOfAll)(channels_, count_, c0, c1, c2);
 }
 
-// Entries that can win somewhere in the cell. First those whose least distance is not above the least of all greatest
-// ones; from these, those that no other one beats in the whole cell.
+std::uint32_t NearestEntryFinder::FindFar(std::int32_t c0, std::int32_t c1, std::int32_t c2) {
+  std::size_t grid = 1;
+  while (grid < std::size(kGrids) && !kGrids[grid].Holds(c0, c1, c2)) ++grid;
+  if (grid == std::size(kGrids)) return FindAmongAll(c0, c1, c2);
+  // With all places counted from the middle of the cube, an entry e is |v|^2 + e (e - 2v) from v. The first part is the
+  // same for all entries; it may have wrapped, which keeps their order only if no second part brings it across the end
+  // of the numbers.
+  constexpr std::int32_t kMiddle = 128;
+  const std::int32_t v0 = c0 - kMiddle;
+  const std::int32_t v1 = c1 - kMiddle;
+  const std::int32_t v2 = c2 - kMiddle;
+  const auto square = [](std::int32_t v) { return static_cast<std::uint32_t>(v) * static_cast<std::uint32_t>(v); };
+  const auto common = static_cast<std::int32_t>(square(v0) + square(v1) + square(v2));
+  const std::int64_t most =
+      2 * kMiddle * (std::int64_t{std::abs(v0)} + std::abs(v1) + std::abs(v2)) + 3 * std::int64_t{kMiddle} * kMiddle;
+  if (std::abs(std::int64_t{common}) + most > INT32_MAX) return FindAmongAll(c0, c1, c2);
+
+  const std::uint32_t list = ListOf(grid, kGrids[grid].CellOf(c0, c1, c2));
+  if (list <= kSingle) return list != kUnknown ? list - 1 : FindAmongAll(c0, c1, c2);
+  std::int64_t best = INT64_MAX;
+  for (const Candidate& candidate : Candidates(list)) {
+    const std::int32_t e0 = candidate.c0 - kMiddle;
+    const std::int32_t e1 = candidate.c1 - kMiddle;
+    const std::int32_t e2 = candidate.c2 - kMiddle;
+    const std::int32_t rest = e0 * (e0 - 2 * v0) + e1 * (e1 - 2 * v1) + e2 * (e2 - 2 * v2);
+    best = std::min(best, std::int64_t{rest} * 256 + candidate.index);
+  }
+  return static_cast<std::uint32_t>(best & 255);
+}
+
+// Entries that can win somewhere in the cell: those that no other one beats in the whole cell.
 std::uint32_t NearestEntryFinder::Learn(const Grid& grid, std::uint32_t cell) {
   const std::int32_t size = 1 << grid.shift;
   std::int32_t low[3];
   for (std::uint32_t channel = 0; channel < 3; ++channel) {
     low[channel] = grid.first + static_cast<std::int32_t>(cell >> 6 * channel & 63) * size;
   }
-  std::int32_t least[256];
-  const std::int32_t bound = HWY_DYNAMIC_DISPATCH(DistancesToCell)(channels_, count_, low, size, least);
-  std::uint8_t close[256];
+  // The entry at the centre beats most of the others, which spares comparing all with all.
+  const std::uint32_t central = FindAmongAll(low[0] + size / 2, low[1] + size / 2, low[2] + size / 2);
+  std::int32_t leads[256];
+  HWY_DYNAMIC_DISPATCH(Leads)(channels_, count_, central, low, size, leads);
+  Candidate close[256];
   std::uint32_t closeCount = 0;
   for (std::uint32_t i = 0; i < count_; ++i) {
-    close[closeCount] = static_cast<std::uint8_t>(i);
-    closeCount += least[i] <= bound ? 1 : 0;
+    const auto value = [this, i](std::size_t channel) { return static_cast<std::int16_t>(channels_[channel][i]); };
+    close[closeCount] = {value(0), value(1), value(2), static_cast<std::uint16_t>(i)};
+    closeCount += i == central || leads[i] > 0 || (leads[i] == 0 && i < central) ? 1 : 0;
   }
   if (candidateCount_ + closeCount > kMaxCandidates) return kUnknown;
 
-  Candidate* list = candidates_ + candidateCount_;
-  Candidate* end = list;
-  Candidate central{};
-  std::int32_t centralDistance = 0x7FFFFFFF;
-  for (std::uint32_t k = 0; k < closeCount; ++k) {
-    const std::uint32_t i = close[k];
-    const auto value = [this, i](std::size_t channel) { return static_cast<std::int16_t>(channels_[channel][i]); };
-    *end = {value(0), value(1), value(2), static_cast<std::uint16_t>(i)};
-    const auto apart = [low, size](std::size_t channel, std::int32_t v) {
-      const std::int32_t difference = v - low[channel] - size / 2;
-      return difference * difference;
+  // Whoever is beaten leaves at once; that loses nothing, as who beat it stays or is beaten in turn by one that beats
+  // both.
+  const auto beats = [&low, size](const Candidate& winner, const Candidate& loser) {
+    const auto lead = [&low, size](std::size_t channel, std::int32_t value, std::int32_t other) {
+      return (value - other) * (2 * (value > other ? low[channel] + size - 1 : low[channel]) - value - other);
     };
-    const std::int32_t distance = apart(0, end->c0) + apart(1, end->c1) + apart(2, end->c2);
-    if (distance < centralDistance) {
-      centralDistance = distance;
-      central = *end;
-    }
-    ++end;
-  }
-  // The entry at the centre beats most of the others, which spares comparing all with all. Whoever is beaten leaves at
-  // once; that loses nothing, as who beat it stays or is beaten in turn by one that beats both.
-  const auto isBeatenBy = [&low, size](const Candidate& winner) {
-    return [&low, size, winner](const Candidate& other) {
-      return other.index != winner.index && Beats(winner, other, low, size);
-    };
+    const std::int32_t losers =
+        lead(0, loser.c0, winner.c0) + lead(1, loser.c1, winner.c1) + lead(2, loser.c2, winner.c2);
+    return losers < 0 || (losers == 0 && winner.index < loser.index);
   };
-  end = std::remove_if(list, end, isBeatenBy(central));
-  for (Candidate* winner = list; winner < end; ++winner) {
-    Candidate* kept = std::remove_if(list, winner, isBeatenBy(*winner));
-    const auto left = winner - kept;  // earlier ones that are gone
-    end = std::remove_if(winner + 1, end, isBeatenBy(*winner));
-    if (left != 0) {
-      std::copy(winner, end, kept);
-      end -= left;
-      winner -= left;
-    }
+  Candidate* list = candidates_ + candidateCount_;
+  std::uint32_t found = 0;
+  for (std::uint32_t i = 0; i < closeCount; ++i) {
+    const Candidate& next = close[i];
+    if (std::any_of(list, list + found, [&](const Candidate& kept) { return beats(kept, next); })) continue;
+    const Candidate* end = std::remove_if(list, list + found, [&](const Candidate& kept) { return beats(next, kept); });
+    found = static_cast<std::uint32_t>(end - list);
+    list[found++] = next;
   }
-  const auto found = static_cast<std::uint32_t>(end - list);
   if (found == 1) return list->index + 1U;
   const std::uint32_t place = candidateCount_;
   candidateCount_ += found;
   return place << 9 | found;
-}
-
-// The difference of two squared distances is linear in the colour, so it is greatest in a corner of the cell.
-bool NearestEntryFinder::Beats(const Candidate& winner, const Candidate& loser, const std::int32_t* low,
-                               std::int32_t size) {
-  const auto most = [low, size](std::size_t channel, std::int32_t w, std::int32_t l) {
-    const std::int32_t value = w < l ? low[channel] + size - 1 : low[channel];
-    return (value - w) * (value - w) - (value - l) * (value - l);
-  };
-  const std::int32_t difference =
-      most(0, winner.c0, loser.c0) + most(1, winner.c1, loser.c1) + most(2, winner.c2, loser.c2);
-  return difference < 0 || (difference == 0 && winner.index < loser.index);
 }
 
 }  // namespace glib

@@ -1,7 +1,9 @@
 #ifndef GLIB_COLOR_NEAREST_ENTRY_H_
 #define GLIB_COLOR_NEAREST_ENTRY_H_
 
+#include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace glib {
 
@@ -11,7 +13,7 @@ std::uint32_t NearestEntryPlain(const std::uint32_t* palette, std::uint32_t coun
                                 std::int32_t c2);
 
 // The same search for many colours against one palette. It learns, cell by cell of the space around the colour cube,
-// which entries can win there; far out it compares with all entries at once.
+// which entries can win there; far out cells are larger, and at last it compares with all entries at once.
 class NearestEntryFinder {
  public:
   // `palette` holds `count` (1 to 256) words; it is copied. `searches`: about how many are to come; few are not worth
@@ -22,10 +24,19 @@ class NearestEntryFinder {
   ~NearestEntryFinder();
 
   std::uint32_t Find(std::int32_t c0, std::int32_t c1, std::int32_t c2) {
-    if (kNear.Holds(c0, c1, c2)) [[likely]]
-      return FindInCell(kNear, nearCells_, c0, c1, c2);
-    if (kFar.Holds(c0, c1, c2)) return FindInCell(kFar, farCells_, c0, c1, c2);
-    return FindAmongAll(c0, c1, c2);
+    if (!kGrids[0].Holds(c0, c1, c2)) return FindFar(c0, c1, c2);
+    const std::uint32_t list = ListOf(0, kGrids[0].CellOf(c0, c1, c2));
+    if (list <= kSingle) return list != kUnknown ? list - 1 : FindAmongAll(c0, c1, c2);
+    std::uint32_t best = 0xFFFFFFFF;
+    for (const Candidate& candidate : Candidates(list)) {
+      // The sum stays below 2^24, so the index fits beside it, and the least word is the first nearest entry.
+      const std::int32_t d0 = c0 - candidate.c0;
+      const std::int32_t d1 = c1 - candidate.c1;
+      const std::int32_t d2 = c2 - candidate.c2;
+      const std::uint32_t word = static_cast<std::uint32_t>(d0 * d0 + d1 * d1 + d2 * d2) << 8 | candidate.index;
+      best = word < best ? word : best;
+    }
+    return best & 255;
   }
 
  private:
@@ -45,9 +56,8 @@ class NearestEntryFinder {
     }
   };
   // Dithering keeps nearly all values in the first where the palette can follow the picture, else errors pile up.
-  static constexpr Grid kNear = {-128, 3};
-  static constexpr Grid kFar = {-2048, 6};
-  static constexpr std::uint32_t kCells = 1U << 18;
+  static constexpr Grid kGrids[] = {{-128, 3}, {-2048, 6}, {-16384, 9}, {-131072, 12}, {-1048576, 15}};
+  static constexpr std::uint32_t kCells = 1U << 18;  // of each grid
   // A cell holds 0, or 1 + the only entry that can win, or the place of its list with its length in the low 9 bits.
   static constexpr std::uint32_t kUnknown = 0;
   static constexpr std::uint32_t kSingle = 256;
@@ -59,44 +69,26 @@ class NearestEntryFinder {
   // Lists begin at place 1, so that none is taken for an index; place and length share a word.
   static constexpr std::uint32_t kMaxCandidates = 1U << 19;
 
-  std::uint32_t FindInCell(const Grid& grid, std::uint32_t* cells, std::int32_t c0, std::int32_t c1, std::int32_t c2) {
-    if (cells == nullptr) return FindAmongAll(c0, c1, c2);
-    const std::uint32_t cell = grid.CellOf(c0, c1, c2);
-    std::uint32_t list = cells[cell];
-    if (list <= kSingle) {
-      if (list != kUnknown) return list - 1;
-      list = Learn(grid, cell);
-      if (list == kUnknown) return FindAmongAll(c0, c1, c2);
-      cells[cell] = list;
-      if (list <= kSingle) return list - 1;
-    }
-    const Candidate* candidate = candidates_ + (list >> 9);
-    const Candidate* end = candidate + (list & 511);
-    std::uint32_t best = 0xFFFFFFFF;
-    for (; candidate != end; ++candidate) {
-      // The sum stays below 2^24, as no value is more than 2303 from an entry; so the index fits beside it, and the
-      // least word is the first nearest entry.
-      const std::int32_t d0 = c0 - candidate->c0;
-      const std::int32_t d1 = c1 - candidate->c1;
-      const std::int32_t d2 = c2 - candidate->c2;
-      const std::uint32_t word = static_cast<std::uint32_t>(d0 * d0 + d1 * d1 + d2 * d2) << 8 | candidate->index;
-      best = word < best ? word : best;
-    }
-    return best & 255;
+  std::span<const Candidate> Candidates(std::uint32_t list) const {
+    return {candidates_ + (list >> 9), std::size_t{list & 511}};
   }
 
-  std::uint32_t FindAmongAll(std::int32_t c0, std::int32_t c1, std::int32_t c2) const;
-  // What a cell is to hold. kUnknown: no more room.
-  std::uint32_t Learn(const Grid& grid, std::uint32_t cell);
+  // What a cell of a grid holds, which it learns first where it isn't known. kUnknown: it can't.
+  std::uint32_t ListOf(std::size_t grid, std::uint32_t cell) {
+    if (cells_ == nullptr) return kUnknown;
+    std::uint32_t& list = cells_[grid * kCells + cell];
+    if (list == kUnknown) list = Learn(kGrids[grid], cell);
+    return list;
+  }
 
-  // Whether one candidate is found before the other for all colours of a cell.
-  static bool Beats(const Candidate& winner, const Candidate& loser, const std::int32_t* low, std::int32_t size);
+  std::uint32_t FindFar(std::int32_t c0, std::int32_t c1, std::int32_t c2);
+  std::uint32_t FindAmongAll(std::int32_t c0, std::int32_t c1, std::int32_t c2) const;
+  std::uint32_t Learn(const Grid& grid, std::uint32_t cell);
 
   std::uint32_t count_;
   std::uint32_t candidateCount_ = 1;
   Candidate* candidates_ = nullptr;
-  std::uint32_t* nearCells_ = nullptr;
-  std::uint32_t* farCells_ = nullptr;
+  std::uint32_t* cells_ = nullptr;  // grid by grid
   // Entries channel by channel, filled up to whole vectors with copies of the last one.
   alignas(64) std::int32_t channels_[3][256] = {};
 };

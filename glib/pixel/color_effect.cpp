@@ -1,8 +1,6 @@
 #include "glib/pixel/color_effect.h"
 
 #include <algorithm>
-#include <memory>
-#include <vector>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "glib/pixel/color_effect.cpp"
@@ -148,41 +146,6 @@ HWY_EXPORT(Invert);
 HWY_EXPORT(Ramps);
 HWY_EXPORT(Gray);
 HWY_EXPORT(Range);
-
-namespace {
-
-// From here on a table for blue and green together is worth its making.
-constexpr std::size_t kPairFrom = std::size_t{1} << 18;
-
-// Entry by green x 256 + blue: one look-up for two channels.
-std::vector<std::uint16_t> PairTable(const ChannelTable& blue, const ChannelTable& green) {
-  std::vector<std::uint16_t> pairs(std::size_t{1} << 16);
-  for (std::size_t i = 0; i < pairs.size(); ++i) {
-    pairs[i] = static_cast<std::uint16_t>(green[i >> 8] << 8 | blue[i & 255]);
-  }
-  return pairs;
-}
-
-}  // namespace
-
-void ApplyTables(std::uint32_t* pixels, std::size_t count, const ChannelTable& blue, const ChannelTable& green,
-                 const ChannelTable& red) {
-  if (count >= kPairFrom) {
-    const std::vector<std::uint16_t> pairs = PairTable(blue, green);
-    std::uint32_t reds[256];
-    for (std::size_t i = 0; i < 256; ++i) reds[i] = static_cast<std::uint32_t>(red[i]) << 16;
-    for (std::size_t i = 0; i < count; ++i) {
-      const std::uint32_t word = pixels[i];
-      pixels[i] = pairs[word & 0xFFFF] | reds[word >> 16 & 255] | (word & 0xFF000000U);
-    }
-    return;
-  }
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::uint32_t word = pixels[i];
-    pixels[i] = (word & 0xFF000000U) | static_cast<std::uint32_t>(red[word >> 16 & 255]) << 16 |
-                static_cast<std::uint32_t>(green[word >> 8 & 255]) << 8 | blue[word & 255];
-  }
-}
 
 void ApplyRamps(std::uint32_t* pixels, std::size_t count, const ChannelRamp* ramps) {
   HWY_DYNAMIC_DISPATCH(Ramps)(pixels, count, ramps);

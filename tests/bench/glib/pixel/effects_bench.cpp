@@ -71,12 +71,20 @@ BENCHMARK_CAPTURE(Rank, darken, 0)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Rank, median, 4)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Rank, lighten, 8)->Unit(benchmark::kMillisecond);
 
+// The work of gamma and of squeezed contrast.
 void Tables(benchmark::State& state) {
   glib::ChannelTable table;
   std::iota(table.begin(), table.end(), std::uint8_t{0});
   Run(state, [&](std::uint32_t* pixels) { glib::ApplyTables(pixels, kCount, table, table, table); });
 }
 BENCHMARK(Tables)->Unit(benchmark::kMillisecond);
+
+// That of stretched contrast, and of levels with Range before it.
+void Ramps(benchmark::State& state) {
+  const glib::ChannelRamp same[3] = {{0, 0x10000}, {0, 0x10000}, {0, 0x10000}};
+  Run(state, [&](std::uint32_t* pixels) { glib::ApplyRamps(pixels, kCount, same); });
+}
+BENCHMARK(Ramps)->Unit(benchmark::kMillisecond);
 
 void Shift(benchmark::State& state) {
   Run(state, [](std::uint32_t* pixels) { glib::ShiftChannels(pixels, kCount, 1, -1, 1); });
