@@ -12,13 +12,17 @@ namespace {
 // Its address tells where this module lies: the common code is linked into each of them.
 const char kThisModule = 0;
 
+constexpr const char* kFolder = "/helpers";
+
 }  // namespace
 
 void* HelperEntry(const char* helper, const char* entry) {
-  const std::string folder = platform::FolderOfCode(&kThisModule);
+  std::string folder = platform::FolderOfCode(&kThisModule);
   if (folder.empty()) return nullptr;
+  // A helper finds others beside itself.
+  if (!folder.ends_with(kFolder)) folder += kFolder;
   // To open a library again only counts a reference; none is given back, so that the helper stays.
-  void* library = platform::LoadModule((folder + "/helpers").c_str(), helper);
+  void* library = platform::LoadModule(folder.c_str(), helper);
   return library == nullptr ? nullptr : platform::ModuleEntry(library, entry);
 }
 
