@@ -2,12 +2,15 @@
 
 #include <jerror.h>
 
+#include <cstdlib>
+
 #include "glib/module_api/result_values.h"
 
 namespace modules {
 namespace {
 
 constexpr int kExifMarker = JPEG_APP0 + 1;
+constexpr int kProfileMarker = JPEG_APP0 + 2;
 constexpr int kEndMarker = 0xD9;
 // Real progressive files have some ten scans. Thousands of empty ones over a large picture would run for hours.
 constexpr int kMaxScans = 500;
@@ -42,6 +45,7 @@ JpegReader::JpegReader(std::span<const std::uint8_t> bytes) : cinfo_(), errors_(
 
 JpegReader::~JpegReader() {
   if (created_) jpeg_destroy_decompress(&cinfo_);
+  std::free(profile_);
 }
 
 void JpegReader::Leave(j_common_ptr cinfo) {
@@ -97,8 +101,10 @@ bool JpegReader::ReadHeader() {
   cinfo_.progress = &progress_;
   cinfo_.mem->max_memory_to_use = kMaxDecoderBytes;
   jpeg_save_markers(&cinfo_, kExifMarker, 0xFFFF);
+  jpeg_save_markers(&cinfo_, kProfileMarker, 0xFFFF);
   jpeg_read_header(&cinfo_, TRUE);
   ReadNotes();
+  ReadProfile();
   ChooseOutput();
   return true;
 }
@@ -109,6 +115,13 @@ void JpegReader::ReadNotes() {
     exif_ = ReadExif({marker->data, marker->data_length});
     return;
   }
+}
+
+// A broken profile is no damage of the picture.
+void JpegReader::ReadProfile() {
+  const long warnings = errors_.base.num_warnings;
+  jpeg_read_icc_profile(&cinfo_, &profile_, &profileSize_);
+  errors_.base.num_warnings = warnings;
 }
 
 void JpegReader::ChooseOutput() {
@@ -156,17 +169,33 @@ double JpegReader::DpiY() const {
   return exif_.dpiY;
 }
 
+void JpegReader::FillGreys(Page& page) const {
+  SetGrayRamp(page, 256);
+  ConvertPage(Profile(), Samples::kGrey, page);
+}
+
 bool JpegReader::Start() {
-  if (cinfo_.out_color_space == JCS_CMYK) inkRow_ = std::make_unique<std::uint8_t[]>(std::size_t{Width()} * 4);
+  if (Bits() == 24) {
+    const bool inks = cinfo_.out_color_space == JCS_CMYK;
+    if (inks) inkRow_ = std::make_unique<std::uint8_t[]>(std::size_t{Width()} * 4);
+    const Samples samples = !inks                          ? Samples::kColours
+                            : cinfo_.saw_Adobe_marker != 0 ? Samples::kInvertedInks
+                                                           : Samples::kInks;
+    conversion_ = ConversionToSrgb(Profile(), {samples}, std::uint64_t{Width()} * Height());
+  }
   if (setjmp(errors_.jump) != 0) return false;
   jpeg_start_decompress(&cinfo_);
   return true;
 }
 
 bool JpegReader::ReadRow(std::uint8_t* row) {
-  if (inkRow_ == nullptr) return DecodeRow(row);
-  if (!DecodeRow(inkRow_.get())) return false;
-  InkToColour(inkRow_.get(), row, Width(), cinfo_.saw_Adobe_marker != 0);
+  std::uint8_t* decoded = inkRow_ != nullptr ? inkRow_.get() : row;
+  if (!DecodeRow(decoded)) return false;
+  if (conversion_ != nullptr) {
+    conversion_->Convert(decoded, row, Width());
+  } else if (inkRow_ != nullptr) {
+    InkToColour(decoded, row, Width(), cinfo_.saw_Adobe_marker != 0);
+  }
   return true;
 }
 

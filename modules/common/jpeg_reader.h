@@ -9,6 +9,7 @@
 
 #include <jpeglib.h>
 
+#include "modules/common/color_conversion.h"
 #include "modules/common/exif.h"
 
 namespace modules {
@@ -38,7 +39,10 @@ class JpegReader {
   double DpiX() const;
   double DpiY() const;
 
-  // After Start, each call gives one row: gray bytes, or blue, green, red. False: the rest can't be had.
+  // The grey ramp of a picture of 8 bits, as its profile means it.
+  void FillGreys(Page& page) const;
+
+  // After Start, each call gives one row: gray bytes, or blue, green, red of sRGB. False: the rest can't be had.
   bool Start();
   bool ReadRow(std::uint8_t* row);
 
@@ -67,9 +71,11 @@ class JpegReader {
   static void SkipInput(j_decompress_ptr cinfo, long count);
   static void LimitScans(j_common_ptr cinfo);
 
+  std::span<const std::uint8_t> Profile() const { return {profile_, profileSize_}; }
   bool DecodeRow(std::uint8_t* row);
   void ChooseOutput();
   void ReadNotes();
+  void ReadProfile();
 
   jpeg_decompress_struct cinfo_;
   Errors errors_;
@@ -77,6 +83,9 @@ class JpegReader {
   jpeg_progress_mgr progress_;
   bool created_ = false;
   Exif exif_;
+  JOCTET* profile_ = nullptr;  // owned; a plain pointer, as a jump may pass
+  unsigned profileSize_ = 0;
+  std::unique_ptr<ColorConversion> conversion_;
   std::unique_ptr<std::uint8_t[]> inkRow_;  // one row of cyan, magenta, yellow, black
 };
 

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "modules/common/color_conversion.h"
+
 namespace modules {
 namespace {
 
@@ -58,7 +60,7 @@ void PngReader::Give(png_structp png, png_bytep target, std::size_t count) {
   if (count == kChunkHeaderBytes) ShortenData(target, left - count);
 }
 
-bool PngReader::ReadHeader() {
+bool PngReader::ReadHeader(bool withProfile) {
   if (info_ == nullptr) return false;
   if (setjmp(jump_) != 0) return false;
   png_set_read_fn(png_, this, Give);
@@ -67,10 +69,10 @@ bool PngReader::ReadHeader() {
   png_set_chunk_malloc_max(png_, kMaxChunkBytes);
   png_set_chunk_cache_max(png_, kMaxChunks);
   png_set_benign_errors(png_, 1);
-  // Of the chunks that a picture can do without, only its resolution matters; profiles need not even be inflated.
-  static constexpr png_byte kResolution[] = {'p', 'H', 'Y', 's', 0};
+  // Chunks that a picture can do without, of which more than these don't matter.
+  static constexpr png_byte kUseful[] = {'p', 'H', 'Y', 's', 0, 'i', 'C', 'C', 'P', 0};
   png_set_keep_unknown_chunks(png_, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
-  png_set_keep_unknown_chunks(png_, PNG_HANDLE_CHUNK_AS_DEFAULT, kResolution, 1);
+  png_set_keep_unknown_chunks(png_, PNG_HANDLE_CHUNK_AS_DEFAULT, kUseful, withProfile ? 2 : 1);
   png_read_info(png_, info_);
   return true;
 }
@@ -123,7 +125,18 @@ bool PngReader::ReadRows(Page& page) {
   if (png_get_bit_depth(png_, info_) == 2 && page.bits == 4) {
     for (std::uint32_t y = 0; y < Height(); ++y) SpreadQuarters(Row(page, y), Width());
   }
+  ConvertColours(page);
   return whole;
+}
+
+void PngReader::ConvertColours(Page& page) const {
+  png_charp name = nullptr;
+  int compression = 0;
+  png_bytep profile = nullptr;
+  png_uint_32 size = 0;
+  if (png_get_iCCP(png_, info_, &name, &compression, &profile, &size) == 0) return;
+  const bool colours = (png_get_color_type(png_, info_) & PNG_COLOR_MASK_COLOR) != 0;
+  ConvertPage({profile, size}, colours ? Samples::kColours : Samples::kGrey, page);
 }
 
 bool PngReader::DecodeRows(Page& page) {

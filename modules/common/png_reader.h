@@ -22,8 +22,9 @@ class PngReader {
   PngReader& operator=(const PngReader&) = delete;
   ~PngReader();
 
-  // Everything before the picture's data. False: Cause() says why, and only EndsEarly() is of use besides.
-  bool ReadHeader();
+  // Everything before the picture's data; a profile only if it is wanted, as that may be long. False: Cause() says why,
+  // and only EndsEarly() is of use besides.
+  bool ReadHeader(bool withProfile);
 
   std::uint32_t Width() const { return png_get_image_width(png_, info_); }
   std::uint32_t Height() const { return png_get_image_height(png_, info_); }
@@ -34,7 +35,8 @@ class PngReader {
 
   void FillPalette(Page& page) const;
 
-  // Decodes into a page of this picture's size and of Bits(). False: the rest of the rows couldn't be read; AnyRow()
+  // Decodes into a page of this picture's size and of Bits(), with its palette filled. Colours become those of sRGB.
+  // False: the rest of the rows couldn't be read; AnyRow()
   // tells whether there are some.
   bool ReadRows(Page& page);
   bool AnyRow() const { return rowsRead_ != 0; }
@@ -51,6 +53,7 @@ class PngReader {
 
   void ChooseOutput();
   bool DecodeRows(Page& page);
+  void ConvertColours(Page& page) const;
 
   std::span<const std::uint8_t> bytes_;
   std::size_t position_ = 0;

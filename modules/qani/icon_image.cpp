@@ -23,14 +23,14 @@ modules::Verdict CheckSize(const modules::PngReader& png) {
 
 modules::Verdict SummarizePng(std::span<const std::uint8_t> image, IconSummary& summary) {
   modules::PngReader png(image);
-  if (!png.ReadHeader()) return {glib::IERR, "The header of a PNG picture is damaged"};
+  if (!png.ReadHeader(false)) return {glib::IERR, "The header of a PNG picture is damaged"};
   summary = {png.Width(), png.Height(), png.Bits(), modules::CheckedDpi(png.DpiX()), modules::CheckedDpi(png.DpiY())};
   return CheckSize(png);
 }
 
 std::uint32_t LoadPng(std::span<const std::uint8_t> image, glib::ImageDataExchange& exchange, std::size_t& used) {
   modules::PngReader png(image);
-  if (!png.ReadHeader()) return modules::Fail(exchange, glib::IERR, png.Cause());
+  if (!png.ReadHeader(true)) return modules::Fail(exchange, glib::IERR, png.Cause());
   const modules::Verdict verdict = CheckSize(png);
   if (verdict.result != glib::RCOK) return modules::Fail(exchange, verdict);
   modules::Page* page = modules::AddPage(exchange, png.Width(), png.Height(), png.Bits());

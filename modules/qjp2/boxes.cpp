@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "modules/common/byte_reader.h"
+#include "modules/common/icc_profile.h"
 #include "modules/common/page_builder.h"
 
 namespace qjp2 {
@@ -71,19 +73,24 @@ void ReadResolution(std::span<const std::uint8_t> data, Boxes& boxes) {
   boxes.dpiX = modules::DpiFromMetre(fraction[1] * scale());
 }
 
+// Of several descriptions the first one counts.
 void ReadColours(std::span<const std::uint8_t> data, Boxes& boxes) {
-  constexpr std::uint8_t kByNumber = 1;
+  enum : std::uint8_t { kByNumber = 1, kMatrixProfile = 2, kAnyProfile = 3 };
   constexpr std::uint32_t kInks = 12;
   modules::ByteReader in(data);
-  const bool byNumber = in.Byte() == kByNumber;
+  const std::uint8_t method = in.Byte();
   in.Skip(2);
-  if (byNumber && in.BigLong() == kInks) boxes.inks = true;
+  if (method == kByNumber && in.BigLong() == kInks) boxes.inks = true;
+  if (method != kMatrixProfile && method != kAnyProfile) return;
+  boxes.profile = in.Take(in.Left());
+  if (modules::IsIccProfileOf(boxes.profile, modules::IccSpace::kCmyk)) boxes.inks = true;
 }
 
 void ReadHeaderBox(std::span<const std::uint8_t> data, Boxes& boxes) {
   modules::ByteReader in(data);
+  bool coloursRead = false;
   for (Box box{}; NextBox(in, box);) {
-    if (box.kind == kColours) ReadColours(box.data, boxes);
+    if (box.kind == kColours && !std::exchange(coloursRead, true)) ReadColours(box.data, boxes);
     if (box.kind == kPalette) ReadPalette(box.data, boxes);
     if (box.kind != kResolution) continue;
     modules::ByteReader inner(box.data);

@@ -14,7 +14,8 @@ struct Boxes {
   std::vector<std::uint32_t> palette;
   // Colours that a palette of another form gives for each index; 0: no palette.
   std::uint32_t paletteColumns = 0;
-  bool inks = false;  // the first four components are cyan, magenta, yellow and black
+  bool inks = false;                      // the first four components are cyan, magenta, yellow and black
+  std::span<const std::uint8_t> profile;  // ICC, in the file's bytes
   double dpiX = 72.0;
   double dpiY = 72.0;
 };

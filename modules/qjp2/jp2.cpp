@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "modules/common/color_conversion.h"
 #include "modules/qjp2/boxes.h"
 #include "modules/qjp2/decoder.h"
 
@@ -121,6 +122,14 @@ class PixelReader {
     return std::all_of(components_.begin(), components_.end(), [](const Component& c) { return c.Usable(); });
   }
 
+  // Four bytes a pixel, and the alpha to where a pixel of 32 bits has it.
+  void ReadInks(std::uint32_t y, std::uint32_t width, std::uint8_t* inks, std::uint8_t* target) const {
+    for (std::uint32_t x = 0; x < width; ++x, inks += 4) {
+      for (std::size_t i = 0; i < 4; ++i) inks[i] = components_[i].At(x, y);
+      if (channels_.alpha) target[x * std::size_t{4} + 3] = components_[4].At(x, y);
+    }
+  }
+
   // Writes a pixel of 8, 24 or 32 bits.
   void Write(std::uint32_t x, std::uint32_t y, std::uint32_t bits, std::uint8_t* target) const {
     std::uint8_t sample[5] = {};
@@ -175,6 +184,21 @@ void WritePixels(const PixelReader& pixels, modules::Page& page) {
   }
 }
 
+bool ConvertInks(const PixelReader& pixels, std::span<const std::uint8_t> profile, modules::Page& page) {
+  const auto width = static_cast<std::uint32_t>(page.width);
+  const auto height = static_cast<std::uint32_t>(page.height);
+  const auto conversion =
+      modules::ConversionToSrgb(profile, {modules::Samples::kInks, page.bits == 32}, std::uint64_t{width} * height);
+  if (conversion == nullptr) return false;
+  std::vector<std::uint8_t> inks(std::size_t{width} * 4);
+  for (std::uint32_t y = 0; y < height; ++y) {
+    std::uint8_t* const row = modules::Row(page, y);
+    pixels.ReadInks(y, width, inks.data(), row);
+    conversion->Convert(inks.data(), row, width);
+  }
+  return true;
+}
+
 std::uint32_t PageOf(const opj_image_t& image, const Boxes& boxes, glib::ImageDataExchange& exchange) {
   const bool indexed = KeepsPalette(boxes, image);
   const PixelReader pixels(image, boxes.inks);
@@ -190,10 +214,15 @@ std::uint32_t PageOf(const opj_image_t& image, const Boxes& boxes, glib::ImageDa
     std::copy(boxes.palette.begin(), boxes.palette.end(), page->palette);
     page->paletteEntries = static_cast<std::uint32_t>(boxes.palette.size());
     WriteIndices(image, *page);
+    modules::ConvertPage(boxes.profile, modules::Samples::kColours, *page);
     return glib::RCOK;
   }
+  if (channels.colours == 4 && ConvertInks(pixels, boxes.profile, *page)) return glib::RCOK;
   if (bits == 8) modules::SetGrayRamp(*page, 256);
   WritePixels(pixels, *page);
+  if (channels.colours == 4) return glib::RCOK;
+  modules::ConvertPage(boxes.profile, channels.colours == 1 ? modules::Samples::kGrey : modules::Samples::kColours,
+                       *page);
   return glib::RCOK;
 }
 

@@ -42,7 +42,7 @@ std::uint32_t ReadPage(JpegReader& reader, glib::ImageDataExchange& exchange) {
   if (page == nullptr) return glib::IERR;  // the size was checked before
   page->dpiX = sizes.dpiX;
   page->dpiY = sizes.dpiY;
-  if (reader.Bits() == 8) modules::SetGrayRamp(*page, 256);
+  if (reader.Bits() == 8) reader.FillGreys(*page);
 
   modules::UprightRows rows(*page, reader.Orientation());
   if (reader.Start()) ReadRows(reader, rows);

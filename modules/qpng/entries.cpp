@@ -17,7 +17,7 @@ ZEFA_ENTRY LoadImageData(const char* path, glib::ImageDataExchange* exchange, gl
   const modules::Source source(path, *exchange);
   if (!source.Ok()) return Fail(*exchange, glib::IERR, "The file can't be read");
   PngReader reader(source.Bytes());
-  if (!reader.ReadHeader()) return Fail(*exchange, glib::IERR, reader.Cause());
+  if (!reader.ReadHeader(true)) return Fail(*exchange, glib::IERR, reader.Cause());
   if (!modules::SizeAllowed(reader.Width(), reader.Height())) {
     return Fail(*exchange, glib::NSUP, "The picture has too many pixels");
   }
@@ -38,7 +38,7 @@ ZEFA_ENTRY GetFileInfo(const char* path, std::uint32_t id, glib::FileInfo** info
   std::uint32_t result = glib::IERR;
   modules::ReadHeaderBytes(path, [&](std::span<const std::uint8_t> bytes) {
     PngReader reader(bytes);
-    if (!reader.ReadHeader()) return !reader.EndsEarly();
+    if (!reader.ReadHeader(false)) return !reader.EndsEarly();
     *info = modules::NewFileInfo(path, id, static_cast<std::int32_t>(reader.Width()),
                                  static_cast<std::int32_t>(reader.Height()), static_cast<std::int32_t>(reader.Bits()),
                                  1, reader.DpiX(), reader.DpiY());

@@ -1,9 +1,9 @@
 #include "modules/qpsd/channels.h"
 
 #include <algorithm>
-#include <cstring>
 #include <vector>
 
+#include "modules/common/pixel_rows.h"
 #include "modules/qpsd/srgb_curve.h"
 
 namespace qpsd {
@@ -42,63 +42,95 @@ void ChangePixels(modules::Page& page, Change change) {
   }
 }
 
-template <std::size_t kStep>
-void Scatter(const std::uint8_t* samples, std::uint8_t* target, std::size_t count) {
-  for (std::size_t x = 0; x < count; ++x) target[kStep * x] = samples[x];
-}
+// Rows of channels that stand side by side, joined to rows of pixels.
+class RowJoiner {
+ public:
+  RowJoiner(const PsdFile& psd, const modules::Page& page)
+      : width_(static_cast<std::size_t>(page.width)),
+        alpha_(page.bits == 32),
+        grey_(ColourChannels(psd) == 1),
+        black_(ColourChannels(psd) == 4) {
+    if (!black_) return;
+    joined_.resize(width_ * 4);
+    conversion_ = modules::ConversionToSrgb(psd.profile, {modules::Samples::kInvertedInks, alpha_},
+                                            std::uint64_t{width_} * static_cast<std::uint64_t>(page.height));
+  }
 
-void ScatterTo(const std::uint8_t* samples, std::uint8_t* row, std::size_t place, std::size_t count, bool alpha) {
-  alpha ? Scatter<4>(samples, row + place, count) : Scatter<3>(samples, row + place, count);
-}
+  // `rows` by their channel.
+  void Join(const std::uint8_t* const (&rows)[kChannels], std::uint8_t* target) {
+    const auto row = [&](Channel channel) { return rows[static_cast<std::size_t>(channel)]; };
+    const std::uint8_t* red = row(Channel::kRed);
+    const std::uint8_t* green = grey_ ? red : row(Channel::kGreen);
+    const std::uint8_t* blue = grey_ ? red : row(Channel::kBlue);
+    if (black_ && conversion_ != nullptr) {
+      modules::JoinFour(red, green, blue, row(Channel::kBlack), width_, joined_.data());
+      conversion_->Convert(joined_.data(), target, width_);
+      for (std::size_t x = 0; alpha_ && x < width_; ++x) target[4 * x + 3] = row(Channel::kAlpha)[x];
+      return;
+    }
+    if (alpha_) {
+      modules::JoinFour(blue, green, red, row(Channel::kAlpha), width_, target);
+    } else {
+      modules::JoinThree(blue, green, red, width_, target);
+    }
+    if (black_) Darken(row(Channel::kBlack), target);
+  }
+
+ private:
+  void Darken(const std::uint8_t* black, std::uint8_t* pixel) const {
+    for (std::size_t x = 0; x < width_; ++x, pixel += alpha_ ? 4 : 3) {
+      for (int i = 0; i < 3; ++i) pixel[i] = static_cast<std::uint8_t>((pixel[i] * black[x] + 127) / 255);
+    }
+  }
+
+  std::size_t width_;
+  bool alpha_;
+  bool grey_;
+  bool black_;
+  std::unique_ptr<modules::ColorConversion> conversion_;
+  std::vector<std::uint8_t> joined_;  // four inks a pixel
+};
 
 }  // namespace
 
 Channel ChannelAt(const PsdFile& psd, std::uint32_t index, std::uint32_t pageBits) {
-  constexpr Channel kColours[] = {Channel::kRed, Channel::kGreen, Channel::kBlue, Channel::kBlack};
   const std::uint32_t colours = ColourChannels(psd);
   if (index == colours && pageBits == 32) return Channel::kAlpha;
-  if (index >= colours) return Channel::kNone;
-  if (pageBits <= 8) return Channel::kIndex;
-  return colours == 1 ? Channel::kGrey : kColours[index];
+  return index < colours ? static_cast<Channel>(index) : Channel::kNone;
 }
 
-void PutRow(Channel channel, const std::uint8_t* samples, modules::Page& page, std::uint32_t y) {
-  std::uint8_t* row = modules::Row(page, y);
-  const auto count = static_cast<std::size_t>(page.width);
-  const bool alpha = page.bits == 32;
-  switch (channel) {
-    case Channel::kNone:
-      break;
-    case Channel::kIndex:
-      std::memcpy(row, samples, page.bits == 1 ? (count + 7) / 8 : count);
-      break;
-    case Channel::kGrey:
-      for (std::size_t place = 0; place < 3; ++place) ScatterTo(samples, row, place, count, alpha);
-      break;
-    case Channel::kRed:
-      ScatterTo(samples, row, 2, count, alpha);
-      break;
-    case Channel::kGreen:
-      ScatterTo(samples, row, 1, count, alpha);
-      break;
-    case Channel::kBlue:
-      ScatterTo(samples, row, 0, count, alpha);
-      break;
-    case Channel::kAlpha:
-      Scatter<4>(samples, row + 3, count);
-      break;
-    case Channel::kBlack:
-      for (std::size_t x = 0; x < count; ++x, row += alpha ? 4 : 3) {
-        for (int i = 0; i < 3; ++i) row[i] = static_cast<std::uint8_t>((row[i] * samples[x] + 127) / 255);
-      }
-      break;
+RowCounts ReadPlanes(const PsdFile& psd, std::vector<ChannelPlane>& planes, modules::Page& page) {
+  const auto height = static_cast<std::uint32_t>(page.height);
+  std::vector<std::uint8_t> samples[kChannels];
+  const std::uint8_t* rows[kChannels];
+  for (std::size_t i = 0; i < kChannels; ++i) {
+    const bool full = i >= static_cast<std::size_t>(Channel::kBlack);
+    samples[i].assign(static_cast<std::size_t>(page.width), full ? 255 : 0);
+    rows[i] = samples[i].data();
   }
-}
-
-void FinishColours(const PsdFile& psd, modules::Page& page) {
-  if (psd.mode != ColourMode::kLab) return;
-  const std::vector<std::uint8_t> curve = SrgbCurve();
-  ChangePixels(page, [&](std::uint8_t* pixel) { LabToColour(pixel, curve); });
+  RowJoiner joiner(psd, page);
+  std::vector<std::uint32_t> counts(planes.size());
+  for (std::uint32_t y = 0; y < height; ++y) {
+    std::uint8_t* target = modules::Row(page, y);
+    bool any = false;
+    for (std::size_t i = 0; i < planes.size(); ++i) {
+      const auto place = static_cast<std::size_t>(planes[i].channel);
+      if (counts[i] != y) continue;
+      std::uint8_t* row = page.bits <= 8 ? target : samples[place].data();
+      if (planes[i].rows.Next(row, planes[i].channel != Channel::kAlpha)) {
+        ++counts[i];
+        any = true;
+      } else if (page.bits > 8) {
+        const bool full = place >= static_cast<std::size_t>(Channel::kBlack);
+        std::fill(samples[place].begin(), samples[place].end(), full ? std::uint8_t{255} : std::uint8_t{0});
+      }
+    }
+    if (!any) break;
+    if (page.bits > 8) joiner.Join(rows, target);
+  }
+  if (counts.empty()) return {0, 0};
+  const auto [fewest, most] = std::minmax_element(counts.begin(), counts.end());
+  return {*fewest, *most};
 }
 
 void TakeWhiteOut(modules::Page& page) {
@@ -112,14 +144,19 @@ void TakeWhiteOut(modules::Page& page) {
   });
 }
 
-void MakeOpaqueIfEmpty(modules::Page& page) {
-  std::uint8_t any = 0;
-  ChangePixels(page, [&](std::uint8_t* pixel) { any = static_cast<std::uint8_t>(any | pixel[3]); });
-  if (any == 0) SetAlpha(page, 255);
+void FinishLab(const PsdFile& psd, modules::Page& page) {
+  if (psd.mode != ColourMode::kLab) return;
+  const std::vector<std::uint8_t> curve = SrgbCurve();
+  ChangePixels(page, [&](std::uint8_t* pixel) { LabToColour(pixel, curve); });
 }
 
-void SetAlpha(modules::Page& page, std::uint8_t alpha) {
-  ChangePixels(page, [=](std::uint8_t* pixel) { pixel[3] = alpha; });
+void ApplyProfile(const PsdFile& psd, modules::Page& page) {
+  // Light in 32 bits has been given the curve of sRGB already; the profile's curve would be one too many.
+  if (psd.depth == 32) return;
+  if (psd.mode == ColourMode::kGrey) modules::ConvertPage(psd.profile, modules::Samples::kGrey, page);
+  if (psd.mode == ColourMode::kRgb || psd.mode == ColourMode::kIndexed) {
+    modules::ConvertPage(psd.profile, modules::Samples::kColours, page);
+  }
 }
 
 }  // namespace qpsd

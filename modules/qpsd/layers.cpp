@@ -43,7 +43,7 @@ bool HasPixels(const LayerRecord& record) {
   return record.kind == LayerKind::kPicture && !record.planes.empty() && PixelsOf(record.box) != 0;
 }
 
-PlaneShape ShapeOf(const PsdFile& psd, const Box& box) { return {box.Width(), box.Height(), psd.depth, 1}; }
+PlaneShape ShapeOf(const PsdFile& psd, const Box& box) { return {box.Width(), box.Height(), psd.depth}; }
 
 // Whether all planes of the layer are such as can be read. Masks have sides of their own.
 bool Readable(const PsdFile& psd, const LayerRecord& record) {
@@ -54,21 +54,13 @@ bool Readable(const PsdFile& psd, const LayerRecord& record) {
   });
 }
 
-// Gives the rows that there were.
-std::uint32_t ReadPlane(const PsdFile& psd, const LayerRecord& record, const LayerRecord::Plane& plane,
-                        modules::Page& page) {
-  const bool alpha = plane.id == LayerRecord::kAlphaPlane;
+// kNone: a mask, or one channel too many.
+Channel ChannelOf(const PsdFile& psd, const LayerRecord::Plane& plane) {
+  constexpr std::uint32_t kPageBits = 32;
+  if (plane.id == LayerRecord::kAlphaPlane) return Channel::kAlpha;
   const Channel channel =
-      alpha ? Channel::kAlpha
-            : ChannelAt(psd, static_cast<std::uint32_t>(plane.id), static_cast<std::uint32_t>(page.bits));
-  if (!alpha && channel == Channel::kAlpha) return record.box.Height();  // one channel too many
-  PlaneReader reader(plane.data, ShapeOf(psd, record.box));
-  std::vector<std::uint8_t> row(record.box.Width());
-  for (std::uint32_t y = 0; y < record.box.Height(); ++y) {
-    if (!reader.Next(row.data(), !alpha)) return y;
-    PutRow(channel, row.data(), page, y);
-  }
-  return record.box.Height();
+      plane.id < 0 ? Channel::kNone : ChannelAt(psd, static_cast<std::uint32_t>(plane.id), kPageBits);
+  return channel == Channel::kAlpha ? Channel::kNone : channel;
 }
 
 void ReadMask(const PsdFile& psd, const LayerRecord& record, const LayerRecord::Plane& plane, modules::Page& page) {
@@ -95,17 +87,18 @@ std::uint32_t LoadLayer(const PsdFile& psd, const LayerRecord& record, const Out
   page->name.Assign(record.name.c_str());
   page->dpiX = psd.dpiX;
   page->dpiY = psd.dpiY;
-  SetAlpha(*page, 255);
   const LayerRecord::Plane* mask = nullptr;
-  std::uint32_t rows = record.box.Height();
+  std::vector<ChannelPlane> planes;
   for (const auto& plane : record.planes) {
     if (plane.id == LayerRecord::kMaskPlane) mask = &plane;
-    if (plane.id < LayerRecord::kAlphaPlane) continue;
-    rows = std::min(rows, ReadPlane(psd, record, plane, *page));
+    const Channel channel = ChannelOf(psd, plane);
+    if (channel != Channel::kNone) planes.push_back({channel, PlaneReader(plane.data, ShapeOf(psd, record.box))});
   }
+  const std::uint32_t rows = planes.empty() ? record.box.Height() : ReadPlanes(psd, planes, *page).fewest;
   const std::uint32_t result = modules::EndOfRows(exchange, rows, record.box.Height());
   if (result != glib::RCOK) return result;
-  FinishColours(psd, *page);
+  FinishLab(psd, *page);
+  ApplyProfile(psd, *page);
   if (mask != nullptr) ReadMask(psd, record, *mask, *page);
   modules::FadePage(static_cast<std::uint8_t>(modules::Share(record.opacity, outer.opacity)), *page);
   return glib::RCOK;

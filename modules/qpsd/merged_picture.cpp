@@ -26,45 +26,36 @@ void FillPalette(const PsdFile& psd, modules::Page& page) {
   }
 }
 
-// Gives how many rows of all planes there were.
-std::uint64_t ReadPlanes(const PsdFile& psd, std::uint32_t planes, PlaneReader& reader, modules::Page& page) {
-  std::vector<std::uint8_t> row(psd.width);
-  std::uint64_t rows = 0;
-  for (std::uint32_t plane = 0; plane < planes; ++plane) {
-    const Channel channel = ChannelAt(psd, plane, static_cast<std::uint32_t>(page.bits));
-    for (std::uint32_t y = 0; y < psd.height; ++y, ++rows) {
-      if (!reader.Next(row.data(), channel != Channel::kAlpha)) return rows;
-      PutRow(channel, row.data(), page, y);
-    }
-  }
-  return rows;
-}
-
 }  // namespace
 
 std::uint32_t LoadMerged(const PsdFile& psd, glib::ImageDataExchange& exchange) {
-  PlaneReader reader(psd.merged, {psd.width, psd.height, psd.depth, psd.channels});
-  if (!reader.Known()) return modules::Fail(exchange, glib::NSUP, "The picture's compression is not supported");
-  if (!reader.Believable()) return modules::Fail(exchange, glib::IERR, "The picture is larger than its data can be");
+  const PlaneSplitter splitter(psd.merged, {psd.width, psd.height, psd.depth}, psd.channels);
+  if (!splitter.Known()) return modules::Fail(exchange, glib::NSUP, "The picture's compression is not supported");
   const std::uint32_t bits = MergedBits(psd);
+  const std::uint32_t shown = ColourChannels(psd) + (bits == 32 ? 1 : 0);
+  if (!splitter.Believable(shown)) {
+    return modules::Fail(exchange, glib::IERR, "The picture is larger than its data can be");
+  }
   modules::Page* page = modules::AddPage(exchange, psd.width, psd.height, bits);
   if (page == nullptr) return glib::NSUP;
   page->dpiX = psd.dpiX;
   page->dpiY = psd.dpiY;
   if (bits <= 8) FillPalette(psd, *page);
 
-  const std::uint32_t planes = ColourChannels(psd) + (bits == 32 ? 1 : 0);
-  const std::uint64_t rows = ReadPlanes(psd, planes, reader, *page);
-  if (rows < std::uint64_t{planes} * psd.height) {
-    // Rows follow plane by plane, so that none is whole before the last plane; its colours are worth having.
-    const std::uint32_t result = modules::EndOfRows(exchange, rows != 0 ? 1 : 0, 2);
+  std::vector<ChannelPlane> planes;
+  for (std::uint32_t i = 0; i < shown; ++i) planes.push_back({ChannelAt(psd, i, bits), splitter.Plane(i)});
+  const RowCounts rows = ReadPlanes(psd, planes, *page);
+  if (rows.fewest < psd.height) {
+    // A plane that ends early leaves the others' colours, which are worth having.
+    const std::uint32_t result = modules::EndOfRows(exchange, rows.most != 0 ? 1 : 0, 2);
     if (result != glib::RCOK) return result;
   }
-  FinishColours(psd, *page);
+  FinishLab(psd, *page);
   if (bits == 32) {
-    MakeOpaqueIfEmpty(*page);
+    modules::MakeOpaqueIfEmpty(*page, 0, psd.height);
     if (psd.layerCount < 0) TakeWhiteOut(*page);
   }
+  ApplyProfile(psd, *page);
   return glib::RCOK;
 }
 

@@ -21,39 +21,70 @@ std::uint8_t ToByte(float value) {
 
 void HalveSamples(const std::uint8_t* wide, std::uint8_t* samples, std::size_t count) {
   for (std::size_t x = 0; x < count; ++x) {
-    samples[x] = static_cast<std::uint8_t>((BigWordAt(wide + 2 * x) * 255 + 32767) / 65535);
+    // (sample * 255 + 32767) / 65535 without the division, equal for all samples.
+    samples[x] = static_cast<std::uint8_t>((BigWordAt(wide + 2 * x) * 255 + 32895) >> 16);
   }
+}
+
+bool IsZip(Encoding encoding) { return encoding == Encoding::kZip || encoding == Encoding::kPredicted; }
+
+// Whether `present` bytes can hold planes of so many.
+bool SizeBelievable(Encoding encoding, std::uint64_t bytes, std::uint64_t present) {
+  if (bytes <= modules::kHarmlessPixels) return true;
+  return IsZip(encoding) ? modules::InflatedSizeBelievable(bytes, present)
+                         : bytes / modules::kMaxRunPixelsPerByte <= present;
+}
+
+Encoding EncodingOf(std::span<const std::uint8_t> data) {
+  return static_cast<Encoding>(modules::ByteReader(data).BigWord());
+}
+
+// Behind the number of the encoding.
+std::span<const std::uint8_t> Body(std::span<const std::uint8_t> data) {
+  return data.subspan(std::min<std::size_t>(2, data.size()));
+}
+
+// The table of row lengths in front of `planes` planes of runs.
+std::size_t LengthsSize(Encoding encoding, std::span<const std::uint8_t> body, const PlaneShape& shape,
+                        std::uint32_t planes) {
+  return encoding == Encoding::kRuns ? std::min(body.size(), std::size_t{2} * shape.height * planes) : 0;
 }
 
 }  // namespace
 
-PlaneReader::PlaneReader(std::span<const std::uint8_t> data, const PlaneShape& shape)
-    : shape_(shape), in_(data), encoding_(in_.BigWord()), lengths_({}) {
-  if (encoding_ == kRuns) lengths_ = modules::ByteReader(in_.Take(std::size_t{2} * shape.height * shape.count));
-  if (encoding_ == kZip || encoding_ == kPredicted) zip_.emplace(in_.Take(in_.Left()));
+PlaneReader::PlaneReader(Encoding encoding, std::span<const std::uint8_t> lengths, std::span<const std::uint8_t> data,
+                         const PlaneShape& shape)
+    : shape_(shape), encoding_(encoding), lengths_(lengths), in_(data) {
+  if (IsZip(encoding)) zip_ = std::make_unique<modules::Inflater>(data);
   if (shape.depth > 8) wide_.resize(shape.RowBytes());
   if (shape.depth == 32) curve_ = SrgbCurve();
-  if (shape.depth == 32 && encoding_ == kPredicted) apart_.resize(shape.RowBytes());
+  if (shape.depth == 32 && encoding == Encoding::kPredicted) apart_.resize(shape.RowBytes());
 }
 
+PlaneReader::PlaneReader(std::span<const std::uint8_t> data, const PlaneShape& shape)
+    : PlaneReader(PlaneSplitter(data, shape, 1).Plane(0)) {}
+
 bool PlaneReader::Believable() const {
-  const std::uint64_t bytes = std::uint64_t{shape_.RowBytes()} * shape_.height;
-  if (bytes <= modules::kHarmlessPixels) return true;
-  const std::uint64_t present = in_.Size();
-  return zip_ ? modules::InflatedSizeBelievable(bytes, present) : bytes / modules::kMaxRunPixelsPerByte <= present;
+  return SizeBelievable(encoding_, std::uint64_t{shape_.RowBytes()} * shape_.height, in_.Size());
+}
+
+bool PlaneReader::ReadRow(std::uint8_t* row) {
+  const std::size_t rowBytes = shape_.RowBytes();
+  if (zip_ != nullptr) return zip_->Read(row, rowBytes) == rowBytes;
+  if (encoding_ == Encoding::kRuns) return NextRuns(row);
+  return in_.Left() >= rowBytes && in_.Read(row, rowBytes) == rowBytes;
+}
+
+void PlaneReader::SkipPlane() {
+  std::vector<std::uint8_t> row(shape_.RowBytes());
+  for (std::uint32_t y = 0; y < shape_.height && ReadRow(row.data()); ++y) {
+  }
 }
 
 bool PlaneReader::Next(std::uint8_t* samples, bool light) {
-  const std::size_t rowBytes = shape_.RowBytes();
   std::uint8_t* row = shape_.depth > 8 ? wide_.data() : samples;
-  if (zip_) {
-    if (zip_->Read(row, rowBytes) != rowBytes) return false;
-  } else if (encoding_ == kRuns) {
-    if (!NextRuns(row)) return false;
-  } else if (in_.Left() < rowBytes || in_.Read(row, rowBytes) != rowBytes) {
-    return false;
-  }
-  if (encoding_ == kPredicted) UndoPrediction(row);
+  if (!ReadRow(row)) return false;
+  if (encoding_ == Encoding::kPredicted) UndoPrediction(row);
   if (shape_.depth == 16) HalveSamples(row, samples, shape_.width);
   if (shape_.depth == 32) {
     for (std::size_t x = 0; x < shape_.width; ++x) {
@@ -93,6 +124,38 @@ void PlaneReader::UndoPrediction(std::uint8_t* row) {
   for (std::size_t x = 0; x < shape_.width; ++x) {
     for (std::size_t rank = 0; rank < 4; ++rank) row[4 * x + rank] = apart_[rank * shape_.width + x];
   }
+}
+
+PlaneSplitter::PlaneSplitter(std::span<const std::uint8_t> data, const PlaneShape& shape, std::uint32_t count)
+    : shape_(shape), encoding_(EncodingOf(data)) {
+  const auto body = Body(data);
+  const std::size_t table = LengthsSize(encoding_, body, shape, count);
+  lengths_ = body.first(table);
+  data_ = body.subspan(table);
+}
+
+bool PlaneSplitter::Believable(std::uint32_t planes) const {
+  // Each plane of a zip is inflated with all in front of it.
+  constexpr std::uint64_t kMaxInflated = std::uint64_t{3} << 29;
+  const std::uint64_t plane = std::uint64_t{shape_.RowBytes()} * shape_.height;
+  if (IsZip(encoding_) && plane * planes * (planes + 1) / 2 > kMaxInflated) return false;
+  return SizeBelievable(encoding_, plane, data_.size());
+}
+
+PlaneReader PlaneSplitter::Plane(std::uint32_t index) const {
+  if (encoding_ == Encoding::kRuns) {
+    const std::size_t tableBytes = std::size_t{2} * shape_.height;
+    modules::ByteReader lengths(lengths_);
+    std::size_t start = 0;
+    for (std::size_t row = 0; row < std::size_t{index} * shape_.height; ++row) start += lengths.BigWord();
+    return {encoding_, lengths.Take(std::min(tableBytes, lengths.Left())), data_.subspan(std::min(start, data_.size())),
+            shape_};
+  }
+  const std::size_t planeBytes = shape_.RowBytes() * shape_.height;
+  const std::size_t start = encoding_ == Encoding::kRaw ? std::min(planeBytes * index, data_.size()) : 0;
+  PlaneReader plane(encoding_, {}, data_.subspan(start), shape_);
+  for (std::uint32_t i = 0; i < index && IsZip(encoding_); ++i) plane.SkipPlane();
+  return plane;
 }
 
 }  // namespace qpsd

@@ -15,6 +15,7 @@ constexpr std::uint32_t kMaxPaletteEntries = 256;
 enum Resource : std::uint32_t {
   kResolution = 0x03ED,
   kChannelNames = 0x03EE,
+  kProfile = 0x040F,
   kColourCount = 0x0416,
   kTransparentIndex = 0x0417,
   kVersion = 0x0421,
@@ -72,6 +73,9 @@ void ReadResource(std::uint32_t id, std::span<const std::uint8_t> data, PsdFile&
       break;
     case kChannelNames:
       psd.channelsNamed = !data.empty();
+      break;
+    case kProfile:
+      psd.profile = data;
       break;
     case kColourCount:
       psd.paletteEntries = std::clamp<std::uint32_t>(in.BigWord(), 1, kMaxPaletteEntries);

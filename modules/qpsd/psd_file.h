@@ -29,6 +29,7 @@ struct PsdFile {
   ColourMode mode = ColourMode::kRgb;
 
   std::span<const std::uint8_t> palette;  // of indexed pictures: 256 reds, 256 greens, 256 blues
+  std::span<const std::uint8_t> profile;  // ICC
   std::span<const std::uint8_t> layers;   // from their count on
   std::span<const std::uint8_t> merged;   // from the kind of compression on
 

@@ -27,7 +27,7 @@ std::uint32_t LoadJpeg(std::span<const std::uint8_t> jpeg, glib::ImageDataExchan
   if (!reader.ReadHeader()) return modules::Fail(exchange, reader.Result(), reader.Cause());
   modules::Page* page = modules::AddPage(exchange, reader.Width(), reader.Height(), reader.Bits());
   if (page == nullptr) return glib::NSUP;
-  if (reader.Bits() == 8) modules::SetGrayRamp(*page, 256);
+  if (reader.Bits() == 8) reader.FillGreys(*page);
   std::uint32_t rows = 0;
   if (reader.Start()) {
     while (rows < reader.Height() && reader.ReadRow(modules::Row(*page, rows))) ++rows;

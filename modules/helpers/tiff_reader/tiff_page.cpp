@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "glib/module_api/result_values.h"
+#include "modules/common/color_conversion.h"
 #include "modules/common/page_builder.h"
 #include "modules/common/upright_rows.h"
 #include "modules/helpers/tiff_reader/tiff_bands.h"
@@ -42,14 +43,26 @@ void FillGray(Page& page, std::uint32_t levels, bool zeroIsWhite) {
   if (zeroIsWhite) std::reverse(page.palette, page.palette + levels);
 }
 
+std::span<const std::uint8_t> ProfileOf(TIFF* tiff) {
+  std::uint32_t size = 0;
+  const std::uint8_t* bytes = nullptr;
+  if (TIFFGetField(tiff, TIFFTAG_ICCPROFILE, &size, &bytes) == 0) return {};
+  return {bytes, size};
+}
+
 // A row as the file has it, to a row of the page.
 class RowMaker {
  public:
-  RowMaker(const TiffLayout& layout, const PaletteWords& palette, std::uint32_t pageBits)
-      : layout_(layout), palette_(palette), pageBits_(pageBits) {
+  // Only inks are made to colours by the `profile` here; other pages are converted when they are whole.
+  RowMaker(const TiffLayout& layout, const PaletteWords& palette, std::span<const std::uint8_t> profile)
+      : layout_(layout), palette_(palette), pageBits_(layout.PageBits()) {
     if (layout.IsIndexed() || IsPlainRgb()) return;
     samples_.resize(std::size_t{layout.width} * layout.samples);
     bytes_.resize(samples_.size());
+    if (layout.colours != TiffColours::kInks) return;
+    conversion_ =
+        ConversionToSrgb(profile, {Samples::kInks, pageBits_ == 32}, std::uint64_t{layout.width} * layout.height);
+    if (conversion_ != nullptr) inks_.resize(std::size_t{layout.width} * kInkCount);
   }
 
   void Make(const TiffBands& bands, std::uint32_t rowInBand, std::uint8_t* target) {
@@ -132,8 +145,18 @@ class RowMaker {
     ReduceSamples(samples_.data(), samples_.size(), FullSample(layout_), bytes_.data());
   }
 
-  void Colour(std::uint8_t* target) const {
+  void ConvertInks(std::uint8_t* target) {
+    const std::uint8_t* bytes = bytes_.data();
+    for (std::size_t x = 0; x < layout_.width; ++x, bytes += layout_.samples) {
+      std::memcpy(&inks_[x * kInkCount], bytes, kInkCount);
+      if (pageBits_ == 32) target[x * 4 + 3] = bytes[layout_.alphaSample];
+    }
+    conversion_->Convert(inks_.data(), target, layout_.width);
+  }
+
+  void Colour(std::uint8_t* target) {
     if (HasPageSamples()) return SwapColours(bytes_.data(), target);
+    if (conversion_ != nullptr) return ConvertInks(target);
     const std::uint32_t* raw = samples_.data();
     const std::uint8_t* bytes = bytes_.data();
     const std::size_t step = pageBits_ / 8;
@@ -176,6 +199,9 @@ class RowMaker {
   std::uint32_t pageBits_;
   std::vector<std::uint32_t> samples_;
   std::vector<std::uint8_t> bytes_;
+  static constexpr std::size_t kInkCount = 4;
+  std::unique_ptr<ColorConversion> conversion_;
+  std::vector<std::uint8_t> inks_;  // of a row, to be converted
 };
 
 // Gives the number of rows that could be read.
@@ -223,7 +249,7 @@ std::uint32_t ReadOwn(TiffFile& file, const TiffLayout& layout, TiffBands& bands
       std::copy_n(palette.begin(), page.paletteEntries, page.palette);
     }
   }
-  RowMaker maker(layout, palette, layout.PageBits());
+  RowMaker maker(layout, palette, ProfileOf(file.Get()));
   const bool inPlace = layout.orientation == 1 && maker.FitsInPlace() && page.Stride() == layout.RowBytes();
   return inPlace ? ReadUprightInPlace(bands, layout, maker, page) : ReadByRows(bands, layout, maker, page);
 }
@@ -250,6 +276,19 @@ std::uint32_t ReadThroughLibrary(TiffFile& file, const TiffLayout& layout, Page&
   return layout.height;
 }
 
+void ConvertToSrgb(TiffFile& file, const TiffLayout& layout, Page& page) {
+  switch (layout.colours) {
+    case TiffColours::kGray:
+      return ConvertPage(ProfileOf(file.Get()), Samples::kGrey, page);
+    case TiffColours::kPalette:
+    case TiffColours::kRgb:
+    case TiffColours::kLibrary:
+      return ConvertPage(ProfileOf(file.Get()), Samples::kColours, page);
+    default:
+      return;  // inks were converted row by row, Lab has its own meaning
+  }
+}
+
 }  // namespace
 
 std::uint32_t ReadTiffPage(TiffFile& file, const TiffLayout& layout, glib::ImageDataExchange& exchange) {
@@ -272,6 +311,7 @@ std::uint32_t ReadTiffPage(TiffFile& file, const TiffLayout& layout, glib::Image
     DropLastPage(exchange);
     return Fail(exchange, glib::IERR, file.Error());
   }
+  ConvertToSrgb(file, layout, *page);
   if (rows < layout.height || bands.Damaged() || (library && file.HadError())) Fail(exchange, glib::RCOK, kCutOff);
   return glib::RCOK;
 }

@@ -82,15 +82,20 @@ inline std::vector<std::uint8_t> Box(std::string_view kind, std::span<const std:
   return out.BigLong(static_cast<std::uint32_t>(data.size() + 8)).Text(kind).Bytes(data).bytes;
 }
 
-// The boxes around a code stream; `more` stands in the header's box.
+// The boxes around a code stream; `more` stands in the header's box, a profile in the place of the colour space.
 inline std::vector<std::uint8_t> Boxed(const Samples& samples, std::uint32_t colourSpace,
-                                       std::span<const std::uint8_t> more = {}) {
+                                       std::span<const std::uint8_t> more = {},
+                                       std::span<const std::uint8_t> profile = {}) {
   ByteWriter header;
   header.BigLong(samples.height).BigLong(samples.width);
   header.BigWord(static_cast<std::uint32_t>(samples.components.size()));
   header.Byte((samples.precision - 1) | (samples.isSigned ? 0x80U : 0U)).Byte(7).Byte(0).Byte(0);
   ByteWriter colours;
-  colours.Byte(1).Byte(0).Byte(0).BigLong(colourSpace);
+  if (profile.empty()) {
+    colours.Byte(1).Byte(0).Byte(0).BigLong(colourSpace);
+  } else {
+    colours.Byte(3).Byte(0).Byte(0).Bytes(profile);
+  }
   ByteWriter inner;
   inner.Bytes(Box("ihdr", header.bytes)).Bytes(Box("colr", colours.bytes)).Bytes(more);
   ByteWriter out;

@@ -6,6 +6,7 @@
 #include "tests/modules/qjp2/jp2_files.h"
 #include "tests/support/damage.h"
 #include "tests/support/file_info_check.h"
+#include "tests/support/icc_profiles.h"
 #include "tests/support/page_check.h"
 #include "tests/support/temporary_folder.h"
 
@@ -78,6 +79,45 @@ TEST_F(Qjp2, RegistersItsRowAndOnlyReads) {
 }
 
 TEST_F(Qjp2, ReadsEveryKind) { CheckPictures(host_, Pictures(), kJp2Id); }
+
+TEST_F(Qjp2, ColoursOfAProfileBecomeSrgb) {
+  const Samples grey{.components = {{0, 128, 255, 3}}};
+  const Samples alpha{.width = 2, .height = 1, .components = {{1, 2}, {3, 4}, {5, 6}, {0, 128}}};
+  const struct {
+    Samples samples;
+    std::uint32_t space;
+    Bytes more;
+  } kCases[] = {{kColours, kRgb, {}}, {alpha, kRgb, {}}, {grey, kGrey, {}}, {Indices(4), kRgb, PaletteBoxes(3)}};
+  for (const auto& c : kCases) {
+    const Loaded plain = host_.Load(Boxed(c.samples, c.space, c.more), kJp2Id);
+    const IccBytes profile = c.space == kGrey ? GreyProfile(1.0) : RgbProfile(1.0, true);
+    ExpectConverted(plain, host_.Load(Boxed(c.samples, c.space, c.more, profile), kJp2Id), profile);
+    const IccBytes same = c.space == kGrey ? RgbProfile(1.0, false) : RgbProfile(0, false);
+    ExpectUnchanged(plain, host_.Load(Boxed(c.samples, c.space, c.more, same), kJp2Id));
+    // A second description doesn't count.
+    Bytes second = c.more;
+    const Bytes box = Box("colr", ByteWriter().Byte(2).Byte(0).Byte(0).Bytes(profile).bytes);
+    second.insert(second.end(), box.begin(), box.end());
+    ExpectUnchanged(plain, host_.Load(Boxed(c.samples, c.space, second), kJp2Id));
+  }
+}
+
+TEST_F(Qjp2, InksOfAProfileBecomeSrgb) {
+  const IccBytes profile = InkProfile();
+  const IccReference reference(profile);
+  const Samples inks{.width = 2, .height = 1, .components = {{255, 7}, {9, 0}, {30, 60}, {0, 128}, {77, 255}}};
+  for (const bool alpha : {false, true}) {
+    Samples samples = inks;
+    if (!alpha) samples.components.pop_back();
+    const Loaded loaded = host_.Load(Boxed(samples, kInks, {}, profile), kJp2Id);
+    ASSERT_EQ(loaded.result, glib::RCOK) << loaded.message;
+    ASSERT_EQ(loaded.PageAt(0).bits, alpha ? 32 : 24);
+    const std::uint32_t left = reference.OfInks({255, 9, 30, 0});
+    const std::uint32_t right = reference.OfInks({7, 0, 60, 128});
+    EXPECT_TRUE(OneStepApart(PixelAt(loaded.PageAt(0), 0, 0), alpha ? (left & 0xFFFFFFU) | 77U << 24 : left));
+    EXPECT_TRUE(OneStepApart(PixelAt(loaded.PageAt(0), 1, 0), right));
+  }
+}
 
 TEST_F(Qjp2, TellsWhatItLoads) { CheckFileInfos(host_, Pictures(), kJp2Id); }
 

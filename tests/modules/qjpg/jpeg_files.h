@@ -23,6 +23,7 @@ struct JpegOptions {
   bool adobeMarker = true;  // where the library would write one
   int densityUnit = 0;      // with 300 and 150
   Bytes exif = {};          // body of an APP1 marker
+  Bytes profile = {};       // ICC
   std::size_t padding = 0;  // bytes of other markers in front
   bool manyScans = false;   // more than 500 (gray, progressive)
 };
@@ -70,6 +71,9 @@ inline Bytes MakeJpeg(const JpegOptions& options) {
   jpeg_start_compress(&cinfo, TRUE);
   if (!options.exif.empty()) {
     jpeg_write_marker(&cinfo, JPEG_APP0 + 1, options.exif.data(), static_cast<unsigned>(options.exif.size()));
+  }
+  if (!options.profile.empty()) {
+    jpeg_write_icc_profile(&cinfo, options.profile.data(), static_cast<unsigned>(options.profile.size()));
   }
   const Bytes filling(60000, 0x20);
   for (std::size_t written = 0; written < options.padding; written += filling.size()) {

@@ -7,6 +7,7 @@
 #include "tests/modules/qjpg/jpeg_files.h"
 #include "tests/support/corpus.h"
 #include "tests/support/damage.h"
+#include "tests/support/icc_profiles.h"
 #include "tests/support/module_host.h"
 #include "tests/support/temporary_folder.h"
 
@@ -132,6 +133,51 @@ TEST_F(Qjpg, TurnsInksIntoColours) {
             expected = expected << 8 | static_cast<std::uint32_t>(ink * black / 255.0 + 0.5);
           }
           ASSERT_EQ(PixelAt(page, x, y), expected) << "at " << x << ", " << y << (adobe ? ", inverted" : "");
+        }
+      }
+    }
+  }
+}
+
+TEST_F(Qjpg, ColoursOfAProfileBecomeSrgb) {
+  for (const bool large : {false, true}) {
+    JpegOptions options{.sampling = 1};
+    if (large) options.width = options.height = 150;
+    const Loaded plain = host_.Load(MakeJpeg(options));
+    for (const IccBytes& profile : {RgbProfile(1.0, false), RgbProfile(0, true)}) {
+      options.profile = profile;
+      ExpectConverted(plain, host_.Load(MakeJpeg(options)), profile);
+    }
+    for (const IccBytes& profile : {RgbProfile(0, false), SrgbTableProfile(1024), GreyProfile(1.0), InkProfile()}) {
+      options.profile = profile;
+      ExpectUnchanged(plain, host_.Load(MakeJpeg(options)));
+    }
+    options.profile = RgbProfile(1.0, false);
+    options.profile[36] = 0;
+    ExpectUnchanged(plain, host_.Load(MakeJpeg(options)));
+  }
+  JpegOptions grey{.stored = JCS_GRAYSCALE, .sampling = 1};
+  const Loaded plain = host_.Load(MakeJpeg(grey));
+  grey.profile = GreyProfile(1.0);
+  ExpectConverted(plain, host_.Load(MakeJpeg(grey)), grey.profile);
+}
+
+TEST_F(Qjpg, InksOfAProfileBecomeSrgb) {
+  const IccBytes profile = InkProfile();
+  const IccReference reference(profile);
+  for (const J_COLOR_SPACE stored : {JCS_CMYK, JCS_YCCK}) {
+    for (const bool adobe : {true, false}) {
+      if (stored == JCS_YCCK && !adobe) continue;
+      const Bytes file = MakeJpeg({.stored = stored, .sampling = 1, .adobeMarker = adobe, .profile = profile});
+      const PlainPicture plain = DecodePlainly(file);
+      const Loaded loaded = host_.Load(file);
+      ASSERT_EQ(loaded.result, glib::RCOK) << loaded.message;
+      for (std::uint32_t y = 0; y < plain.height; ++y) {
+        for (std::uint32_t x = 0; x < plain.width; ++x) {
+          std::uint8_t inks[4];
+          for (int i = 0; i < 4; ++i) inks[i] = static_cast<std::uint8_t>(plain.At(x, y)[i] ^ (adobe ? 255 : 0));
+          const std::uint32_t pixel = PixelAt(loaded.PageAt(0), x, y);
+          ASSERT_TRUE(OneStepApart(pixel, reference.OfInks(inks))) << std::hex << pixel << " at " << x << ", " << y;
         }
       }
     }

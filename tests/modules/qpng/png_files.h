@@ -23,6 +23,7 @@ struct PngOptions {
   std::vector<png_byte> alphas{};  // tRNS of a palette
   bool transparentColour = false;  // tRNS without a palette: the samples of pixel 1, 0
   int resolutionUnit = -1;         // with 11811 and 5906
+  Bytes profile = {};              // ICC
 };
 
 // Sample of a made picture, 0 to 65535; its high byte serves smaller depths.
@@ -73,6 +74,9 @@ inline Bytes MakePng(const PngOptions& o) {
     png_set_tRNS(png, info, nullptr, 0, &colour);
   }
   if (o.resolutionUnit >= 0) png_set_pHYs(png, info, 11811, 5906, o.resolutionUnit);
+  if (!o.profile.empty()) {
+    png_set_iCCP(png, info, "profile", 0, o.profile.data(), static_cast<png_uint_32>(o.profile.size()));
+  }
   png_write_info(png, info);
 
   const std::uint32_t channels = PngChannels(o.type);

@@ -6,6 +6,7 @@
 #include "tests/modules/qpng/png_files.h"
 #include "tests/support/corpus.h"
 #include "tests/support/damage.h"
+#include "tests/support/icc_profiles.h"
 #include "tests/support/module_host.h"
 #include "tests/support/temporary_folder.h"
 
@@ -123,6 +124,48 @@ TEST_F(Qpng, KeepsThePixelsOfEveryKind) {
       }
     }
   }
+}
+
+TEST_F(Qpng, ColoursOfAProfileBecomeSrgb) {
+  const PngOptions cases[] = {{.type = PNG_COLOR_TYPE_PALETTE, .depth = 1},
+                              {.type = PNG_COLOR_TYPE_PALETTE, .depth = 4, .alphas = {255, 0, 9}},
+                              {.type = PNG_COLOR_TYPE_PALETTE, .paletteSize = 77},
+                              {},
+                              {.interlaced = true},
+                              {.depth = 16},
+                              {.type = PNG_COLOR_TYPE_RGB_ALPHA},
+                              {.width = 150, .height = 150, .type = PNG_COLOR_TYPE_RGB_ALPHA},
+                              {.transparentColour = true},
+                              {.type = PNG_COLOR_TYPE_GRAY, .depth = 2},
+                              {.type = PNG_COLOR_TYPE_GRAY},
+                              {.type = PNG_COLOR_TYPE_GRAY_ALPHA}};
+  for (const PngOptions& one : cases) {
+    SCOPED_TRACE("type " + std::to_string(one.type) + ", depth " + std::to_string(one.depth));
+    const Loaded plain = host_.Load(MakePng(one));
+    PngOptions options = one;
+    const bool grey = (one.type & PNG_COLOR_MASK_COLOR) == 0;
+    for (const bool other : {false, true}) {
+      options.profile = grey ? GreyProfile(other ? 1.0 : 2.4) : RgbProfile(other ? 1.8 : 0, true);
+      ExpectConverted(plain, host_.Load(MakePng(options)), options.profile);
+    }
+    options.profile = RgbProfile(0, false);
+    if (!grey) ExpectUnchanged(plain, host_.Load(MakePng(options)));
+  }
+}
+
+// The same profile without its mark, which the library drops with a warning.
+TEST_F(Qpng, ABrokenProfileIsLeftOut) {
+  Bytes profile = RgbProfile(1.0, false);
+  profile[36] = 'x';
+  Bytes packed(compressBound(profile.size()));
+  uLongf size = packed.size();
+  compress(packed.data(), &size, profile.data(), profile.size());
+  packed.resize(size);
+  packed.insert(packed.begin(), {'x', 0, 0});
+  Bytes file = MakePng({});
+  const Loaded plain = host_.Load(file);
+  InsertChunk(file, FindChunk(file, "IDAT"), "iCCP", packed);
+  ExpectUnchanged(plain, host_.Load(file));
 }
 
 TEST_F(Qpng, TakesTheResolution) {

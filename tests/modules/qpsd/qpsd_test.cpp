@@ -12,6 +12,7 @@
 #include "tests/support/byte_writer.h"
 #include "tests/support/corpus.h"
 #include "tests/support/damage.h"
+#include "tests/support/icc_profiles.h"
 #include "tests/support/module_host.h"
 #include "tests/support/psd_writer.h"
 #include "tests/support/temporary_folder.h"
@@ -158,6 +159,61 @@ TEST_F(Qpsd, BitmapsStayBitmapsAndPalettesPalettes) {
   EXPECT_EQ(IndexAt(page, 5, 0), Sample(0, 5, 0));
   EXPECT_EQ(page.palette[200], Word(8, 72, 136));
   EXPECT_EQ(page.palette[201], Word(9, 73, 137, 0));
+}
+
+TEST_F(Qpsd, ColoursOfAProfileBecomeSrgb) {
+  struct Case {
+    std::uint32_t mode, channels, depth;
+  };
+  for (const Case& c : {Case{kGrey, 1, 8}, Case{kGrey, 2, 8}, Case{kGrey, 1, 16}, Case{kIndexed, 1, 8},
+                        Case{kRgb, 3, 8}, Case{kRgb, 4, 8}, Case{kRgb, 3, 16}}) {
+    SCOPED_TRACE("mode " + std::to_string(c.mode) + ", channels " + std::to_string(c.channels));
+    PsdSpec spec = Picture(c.mode, c.channels, c.depth);
+    if (c.mode == kIndexed) {
+      for (std::uint32_t i = 0; i < 768; ++i) spec.palette.push_back(static_cast<std::uint8_t>(i * 7 + i / 256));
+    }
+    const Loaded plain = Load(spec);
+    const IccBytes profile = c.mode == kGrey ? GreyProfile(1.0) : RgbProfile(1.0, true);
+    spec.resources = {{0x040F, profile}};
+    ExpectConverted(plain, Load(spec), profile);
+    spec.resources = {{0x040F, c.mode == kGrey ? RgbProfile(1.0, true) : RgbProfile(0, false)}};
+    ExpectUnchanged(plain, Load(spec));
+  }
+  // Of floats the light is known.
+  PsdSpec floats = Picture(kRgb, 3, 32);
+  const Loaded plain = Load(floats);
+  floats.resources = {{0x040F, RgbProfile(1.0, false)}};
+  ExpectUnchanged(plain, Load(floats));
+}
+
+TEST_F(Qpsd, InksOfAProfileBecomeSrgb) {
+  const IccBytes profile = InkProfile();
+  const IccReference reference(profile);
+  for (const bool layered : {false, true}) {
+    for (const std::uint32_t channels : {4U, 5U}) {
+      PsdSpec spec = Picture(kCmyk, channels);
+      spec.resources = {{0x040F, profile}};
+      if (layered) {
+        spec.resources.push_back({0x0421, {0, 0, 0, 1, 0}});
+        spec.layers = {{.width = spec.width, .height = spec.height, .planes = {0, 1, 2, 3}, .value = Sample}};
+        if (channels == 5) spec.layers[0].planes.push_back(-1);
+      }
+      const Loaded loaded = Load(spec);
+      ASSERT_EQ(loaded.result, glib::RCOK) << loaded.message;
+      const auto& page = loaded.PageAt(0);
+      ASSERT_EQ(page.bits, channels == 5 || layered ? 32 : 24);
+      for (std::uint32_t y = 0; y < spec.height; ++y) {
+        for (std::uint32_t x = 0; x < spec.width; ++x) {
+          std::uint8_t inks[4];
+          for (std::uint32_t i = 0; i < 4; ++i) inks[i] = static_cast<std::uint8_t>(255 - Sample(i, x, y));
+          std::uint32_t expected = reference.OfInks(inks);
+          if (channels == 5) expected = (expected & 0xFFFFFFU) | Sample(4, x, y) << 24;
+          ASSERT_TRUE(OneStepApart(PixelAt(page, x, y), expected))
+              << x << ' ' << y << std::hex << ' ' << PixelAt(page, x, y) << " for " << expected;
+        }
+      }
+    }
+  }
 }
 
 TEST_F(Qpsd, LabBecomesColours) {

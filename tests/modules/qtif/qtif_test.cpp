@@ -8,6 +8,7 @@
 #include "tests/modules/qtif/tiff_files.h"
 #include "tests/support/corpus.h"
 #include "tests/support/damage.h"
+#include "tests/support/icc_profiles.h"
 #include "tests/support/module_host.h"
 #include "tests/support/temporary_folder.h"
 
@@ -117,6 +118,59 @@ void ExpectPicture(const Page& page, const TiffOptions& o, std::uint32_t toleran
 }
 
 TEST_F(Qtif, RegistersItsRow) { EXPECT_EQ(host_.Ids(), std::vector<std::uint32_t>{kTiffId}); }
+
+TEST_F(Qtif, ColoursOfAProfileBecomeSrgb) {
+  const TiffOptions cases[] = {
+      {},
+      {.bits = 1},
+      {.bits = 16},
+      {.photometric = PHOTOMETRIC_MINISWHITE},
+      {.samples = 2, .extra = {EXTRASAMPLE_UNASSALPHA}},
+      {.bits = 4, .photometric = PHOTOMETRIC_PALETTE},
+      {.photometric = PHOTOMETRIC_PALETTE},
+      {.samples = 3, .photometric = PHOTOMETRIC_RGB},
+      {.width = 40, .samples = 3, .photometric = PHOTOMETRIC_RGB},
+      {.width = 150, .height = 150, .samples = 3, .photometric = PHOTOMETRIC_RGB, .orientation = 6},
+      {.samples = 3, .photometric = PHOTOMETRIC_RGB, .separate = true},
+      {.samples = 4, .photometric = PHOTOMETRIC_RGB, .extra = {EXTRASAMPLE_UNASSALPHA}},
+      {.samples = 4, .photometric = PHOTOMETRIC_RGB, .extra = {EXTRASAMPLE_ASSOCALPHA}},
+  };
+  for (const TiffOptions& one : cases) {
+    SCOPED_TRACE("photometric " + std::to_string(one.photometric) + ", samples " + std::to_string(one.samples));
+    const Loaded plain = host_.Load(MakeTiff({one}));
+    TiffOptions options = one;
+    const bool grey = one.photometric <= PHOTOMETRIC_MINISBLACK;
+    options.profile = grey ? GreyProfile(1.0) : RgbProfile(1.8, true);
+    ExpectConverted(plain, host_.Load(MakeTiff({options})), options.profile);
+    options.profile = grey ? RgbProfile(1.0, false) : SrgbTableProfile(1024);
+    ExpectUnchanged(plain, host_.Load(MakeTiff({options})));
+  }
+}
+
+TEST_F(Qtif, InksOfAProfileBecomeSrgb) {
+  const IccBytes profile = InkProfile();
+  const IccReference reference(profile);
+  for (const bool alpha : {false, true}) {
+    for (const bool separate : {false, true}) {
+      TiffOptions options{.samples = alpha ? 5U : 4U, .photometric = PHOTOMETRIC_SEPARATED, .separate = separate};
+      if (alpha) options.extra = {EXTRASAMPLE_UNASSALPHA};
+      options.profile = profile;
+      const Loaded loaded = host_.Load(MakeTiff({options}));
+      ASSERT_EQ(loaded.result, glib::RCOK) << loaded.message;
+      ASSERT_EQ(loaded.PageAt(0).bits, alpha ? 32 : 24);
+      for (std::uint32_t y = 0; y < options.height; ++y) {
+        for (std::uint32_t x = 0; x < options.width; ++x) {
+          std::uint8_t inks[4];
+          for (std::uint32_t i = 0; i < 4; ++i) inks[i] = static_cast<std::uint8_t>(TiffSample(options, x, y, i));
+          std::uint32_t expected = reference.OfInks(inks);
+          if (alpha) expected = (expected & 0xFFFFFFU) | TiffSample(options, x, y, 4) << 24;
+          const std::uint32_t pixel = PixelAt(loaded.PageAt(0), x, y);
+          ASSERT_TRUE(OneStepApart(pixel, expected)) << std::hex << pixel << " for " << expected;
+        }
+      }
+    }
+  }
+}
 
 struct Case {
   std::string name;

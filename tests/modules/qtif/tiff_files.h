@@ -32,6 +32,7 @@ struct TiffOptions {
   int resolutionUnit = 0;  // with 120 and 60
   int subfile = -1;
   bool bytesInMap = false;  // colour map entries of 8 bits
+  Bytes profile = {};       // ICC
 };
 
 // Sample as the file has it; floats are made of its low 16 bits.
@@ -91,6 +92,9 @@ inline void WritePage(TIFF* tiff, const TiffOptions& o) {
   if (o.format != 0) TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, o.format);
   if (o.orientation != 0) TIFFSetField(tiff, TIFFTAG_ORIENTATION, o.orientation);
   if (o.fillOrder != 0) TIFFSetField(tiff, TIFFTAG_FILLORDER, o.fillOrder);
+  if (!o.profile.empty()) {
+    TIFFSetField(tiff, TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(o.profile.size()), o.profile.data());
+  }
   if (o.subfile >= 0) TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, o.subfile);
   if (!o.extra.empty()) TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, static_cast<int>(o.extra.size()), o.extra.data());
   if (o.compression == COMPRESSION_JPEG && o.photometric == PHOTOMETRIC_YCBCR) {
