@@ -5,14 +5,15 @@
 #include <vector>
 
 #include "modules/common/byte_reader.h"
+#include "modules/common/code_page.h"
 #include "modules/qwmf/bitmap16.h"
 #include "modules/qwmf/wmf.h"
-#include "modules/qwmf/wmf_text.h"
 
 namespace qwmf {
 namespace {
 
 using modules::ByteReader;
+using modules::DecodeText;
 using platform::Box;
 using platform::Point;
 
@@ -359,7 +360,8 @@ void Translator::ExtText(ByteReader& in) {
   if (in.Left() >= 2 * bytes.size()) {
     for (std::size_t i = 0; i < bytes.size(); ++i) advances.push_back(in.SignedWord());
   }
-  out_.TextOut(at.x, at.y, DecodeText(bytes, charset_), advances, options, box);
+  const std::u16string text = DecodeText(bytes, charset_, &advances);
+  out_.TextOut(at.x, at.y, text, advances, options, box);
 }
 
 void Translator::FillRegion(ByteReader& in, bool inverted) {

@@ -98,10 +98,13 @@ enum RecordType : std::uint32_t {
   kEmrCreateMonoBrush = 93,
   kEmrCreateDibPatternBrush = 94,
   kEmrExtCreatePen = 95,
+  kEmrPolyTextOutA = 96,
+  kEmrPolyTextOutW = 97,
   kEmrSmallTextOut = 108,
   kEmrAlphaBlend = 114,
   kEmrTransparentBlt = 116,
   kEmrGradientFill = 118,
+  kEmrSetTextJustification = 120,
 };
 
 // Of the header record.

@@ -44,13 +44,10 @@ std::uint32_t Blended(std::uint32_t upper, std::uint32_t lower) {
 Surface Canvas::NewSurface() const {
   Surface surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width_, height_));
   if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) return nullptr;
-  cairo_surface_set_device_offset(surface.get(), -x_, -y_);
   return surface;
 }
 
-bool Canvas::Begin(std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) {
-  x_ = x * kSamples;
-  y_ = y * kSamples;
+bool Canvas::Begin(std::int32_t width, std::int32_t height) {
   width_ = width * kSamples;
   height_ = height * kSamples;
   for (int i = 0; i < 2; ++i) {
@@ -63,7 +60,8 @@ bool Canvas::Begin(std::int32_t x, std::int32_t y, std::int32_t width, std::int3
   if (surface_ == nullptr) return false;
   cairo_.reset(cairo_create(surface_.get()));
   cairo_set_antialias(cairo_.get(), CAIRO_ANTIALIAS_NONE);
-  clip_.clear();
+  clip_.Clear();
+  clipPending_ = false;
   return true;
 }
 
@@ -72,20 +70,22 @@ bool Canvas::Exhausted() const {
   return work_ > kMaxWork || static_cast<double>(std::clock() - start_) / CLOCKS_PER_SEC > kMaxSeconds;
 }
 
-void Canvas::ApplyClip(cairo_t* cairo) const {
+void Canvas::ApplyClip(cairo_t* cairo, bool& pending) const {
+  if (!pending) return;
+  pending = false;
   cairo_reset_clip(cairo);
-  for (const auto& term : clip_) {
-    term->path.Trace(cairo);
-    cairo_set_fill_rule(cairo, term->winding ? CAIRO_FILL_RULE_WINDING : CAIRO_FILL_RULE_EVEN_ODD);
-    cairo_clip(cairo);
-  }
+  ApplyTerms(cairo, clip_);
 }
 
 void Canvas::SetClip(Clip clip) {
   clip_ = std::move(clip);
-  ApplyClip(cairo_.get());
-  clipPending_[0] = clipPending_[1] = true;
-  for (const auto& term : clip_) work_ += kPointWork * term->path.PointCount();
+  clipPending_ = scratchClipPending_[0] = scratchClipPending_[1] = true;
+  for (const auto& term : clip_.Terms()) work_ += kPointWork * term->path.PointCount();
+}
+
+cairo_t* Canvas::Target() {
+  ApplyClip(cairo_.get(), clipPending_);
+  return cairo_.get();
 }
 
 cairo_t* Canvas::Scratch(int which) {
@@ -94,19 +94,18 @@ cairo_t* Canvas::Scratch(int which) {
     if (scratchSurface_[which] == nullptr) return nullptr;
     scratch_[which].reset(cairo_create(scratchSurface_[which].get()));
     cairo_set_antialias(scratch_[which].get(), CAIRO_ANTIALIAS_NONE);
-    clipPending_[which] = true;
+    scratchClipPending_[which] = true;
   }
-  if (clipPending_[which]) ApplyClip(scratch_[which].get());
-  clipPending_[which] = false;
+  ApplyClip(scratch_[which].get(), scratchClipPending_[which]);
   return scratch_[which].get();
 }
 
 Canvas::Rows Canvas::Touched(const Area& area) {
-  const auto limited = [](double value, std::int32_t origin, std::int32_t size) {
-    return static_cast<std::int32_t>(std::clamp(value - origin, 0.0, static_cast<double>(size)));
+  const auto limited = [](double value, std::int32_t size) {
+    return static_cast<std::int32_t>(std::clamp(value, 0.0, static_cast<double>(size)));
   };
-  const Rows rows{limited(std::floor(area.left), x_, width_), limited(std::floor(area.top), y_, height_),
-                  limited(std::ceil(area.right) + 1, x_, width_), limited(std::ceil(area.bottom) + 1, y_, height_)};
+  const Rows rows{limited(std::floor(area.left), width_), limited(std::floor(area.top), height_),
+                  limited(std::ceil(area.right) + 1, width_), limited(std::ceil(area.bottom) + 1, height_)};
   work_ += kDrawWork + static_cast<std::uint64_t>(std::max(rows.right - rows.left, 0)) *
                            static_cast<std::uint64_t>(std::max(rows.bottom - rows.top, 0));
   return rows;
@@ -150,7 +149,7 @@ template <typename Draw>
 void Canvas::DrawByRop2(const Area& area, std::uint32_t rop2, Draw draw) {
   const Rows rows = Touched(area);
   if (rows.left >= rows.right || rows.top >= rows.bottom || rop2 == 11) return;
-  if (rop2 == platform::kRop2CopyPen) return draw(cairo_.get());
+  if (rop2 == platform::kRop2CopyPen) return draw(Target());
   cairo_t* scratch = Scratch(0);
   if (scratch == nullptr) return;
   draw(scratch);
@@ -197,11 +196,11 @@ void Canvas::Combine(const Path& path, const Paint& brush, cairo_pattern_t* sour
     SetPaint(cairo, paint);
     cairo_fill(cairo);
   };
-  if (rop == platform::kSourceCopy >> 16 && source != nullptr) return draw(cairo_.get(), {0, source});
-  if (rop == platform::kPatternCopy >> 16) return draw(cairo_.get(), brush);
+  if (rop == platform::kSourceCopy >> 16 && source != nullptr) return draw(Target(), {0, source});
+  if (rop == platform::kPatternCopy >> 16) return draw(Target(), brush);
   if (rop == platform::kLeaveTarget >> 16) return;
-  if (rop == 0) return draw(cairo_.get(), {kOpaque, nullptr});
-  if (rop == 255) return draw(cairo_.get(), {0xFFFFFFFF, nullptr});
+  if (rop == 0) return draw(Target(), {kOpaque, nullptr});
+  if (rop == 255) return draw(Target(), {0xFFFFFFFF, nullptr});
   const bool readsBrush = (rop >> 4) != (rop & 15);
   cairo_t* below = Scratch(0);
   cairo_t* above = readsBrush ? Scratch(1) : nullptr;
@@ -236,26 +235,61 @@ void Canvas::Blend(const Path& path, cairo_pattern_t* source, double alpha) {
   });
 }
 
-void Canvas::Glyphs(cairo_font_face_t* face, const cairo_matrix_t& size, std::span<const cairo_glyph_t> glyphs,
-                    std::uint32_t color) {
-  if (glyphs.empty()) return;
+void Canvas::TraceGlyphs(cairo_t* cairo, cairo_font_face_t* face, const cairo_matrix_t& size,
+                         std::span<const cairo_glyph_t> glyphs) {
   work_ += kGlyphWork * glyphs.size();
-  cairo_t* cairo = cairo_.get();
   cairo_set_font_face(cairo, face);
   cairo_set_font_matrix(cairo, &size);
   cairo_new_path(cairo);
   cairo_glyph_path(cairo, glyphs.data(), static_cast<int>(glyphs.size()));
+}
+
+void Canvas::Glyphs(cairo_font_face_t* face, const cairo_matrix_t& size, std::span<const cairo_glyph_t> glyphs,
+                    std::uint32_t color) {
+  if (glyphs.empty()) return;
+  cairo_t* cairo = Target();
+  TraceGlyphs(cairo, face, size, glyphs);
   cairo_set_fill_rule(cairo, CAIRO_FILL_RULE_WINDING);
   SetPaint(cairo, {color, nullptr});
   cairo_fill(cairo);
   Recover();
 }
 
+Path Canvas::Outlines(cairo_font_face_t* face, const cairo_matrix_t& size, std::span<const cairo_glyph_t> glyphs) {
+  Path path;
+  if (glyphs.empty()) return path;
+  cairo_t* cairo = Target();
+  TraceGlyphs(cairo, face, size, glyphs);
+  cairo_path_t* outlines = cairo_copy_path(cairo);
+  cairo_new_path(cairo);
+  for (int i = 0; i < outlines->num_data; i += outlines->data[i].header.length) {
+    const cairo_path_data_t* step = outlines->data + i;
+    const auto spot = [step](int number) -> Spot { return {step[number].point.x, step[number].point.y}; };
+    switch (step->header.type) {
+      case CAIRO_PATH_MOVE_TO:
+        path.MoveTo(spot(1));
+        break;
+      case CAIRO_PATH_LINE_TO:
+        path.LineTo(spot(1));
+        break;
+      case CAIRO_PATH_CURVE_TO:
+        path.CurveTo(spot(1), spot(2), spot(3));
+        break;
+      case CAIRO_PATH_CLOSE_PATH:
+        path.Close();
+        break;
+    }
+  }
+  cairo_path_destroy(outlines);
+  Recover();
+  return path;
+}
+
 void Canvas::Recover() {
   if (cairo_status(cairo_.get()) == CAIRO_STATUS_SUCCESS) return;
   cairo_.reset(cairo_create(surface_.get()));
   cairo_set_antialias(cairo_.get(), CAIRO_ANTIALIAS_NONE);
-  ApplyClip(cairo_.get());
+  clipPending_ = true;
 }
 
 void Canvas::Finish(std::uint32_t* pixels, std::size_t pixelsPerRow) const {

@@ -9,6 +9,7 @@
 #include <span>
 #include <vector>
 
+#include "modules/helpers/metafile_player/clip.h"
 #include "modules/helpers/metafile_player/path.h"
 
 namespace metafile_player {
@@ -43,28 +44,22 @@ struct Stroke {
   std::vector<double> dashes;
 };
 
-// What may be drawn on: everything inside of all terms.
-struct ClipTerm {
-  Path path;
-  Area box;  // what the path is, if it is a box
-  bool isBox = false;
-  bool winding = false;
-};
-using Clip = std::vector<std::shared_ptr<const ClipTerm>>;
-
 // Result bit for each of the eight cases of brush, source and target bit, in this order from the highest.
 using Rop3 = std::uint8_t;
 
-// One tile of the picture, four times as large each way. Samples are opaque where something was painted and 0
-// elsewhere; operations that read a sample that wasn't painted see the paper.
+// One tile of the picture, four times as large each way, from 0 on. Samples are opaque where something was painted and
+// 0 elsewhere; operations that read a sample that wasn't painted see the paper.
 class Canvas {
  public:
   explicit Canvas(std::uint32_t paper) : paper_(paper | 0xFF000000) {}
 
-  // An empty tile at this place of the picture, all in pixels. False without memory.
-  bool Begin(std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height);
+  // An empty tile of so many pixels. False without memory.
+  bool Begin(std::int32_t width, std::int32_t height);
 
   void SetClip(Clip clip);
+  // Of the tile, in samples.
+  std::int32_t Width() const { return width_; }
+  std::int32_t Height() const { return height_; }
 
   // `rop2` is one of the sixteen operations of pens.
   void Fill(const Path& path, bool winding, const Paint& paint, std::uint32_t rop2);
@@ -76,6 +71,9 @@ class Canvas {
   // Characters of one face; `size` turns an em of 1 into samples.
   void Glyphs(cairo_font_face_t* face, const cairo_matrix_t& size, std::span<const cairo_glyph_t> glyphs,
               std::uint32_t color);
+
+  // Their outlines in place of themselves.
+  Path Outlines(cairo_font_face_t* face, const cairo_matrix_t& size, std::span<const cairo_glyph_t> glyphs);
 
   // Averages the tile into pixel words: opaque where any of the samples was painted, else 0.
   void Finish(std::uint32_t* pixels, std::size_t pixelsPerRow) const;
@@ -91,9 +89,10 @@ class Canvas {
 
   // The part of an area that lies on the tile; it is charged to the page's account.
   Rows Touched(const Area& area);
-  void ApplyClip(cairo_t* cairo) const;
-  // A second surface of the tile's size, empty, with the clip set. Null without memory.
+  // With the clip set: the tile itself, and further surfaces of its size, which are empty. Null without memory.
+  cairo_t* Target();
   cairo_t* Scratch(int which);
+  void ApplyClip(cairo_t* cairo, bool& pending) const;
   Surface NewSurface() const;
   std::uint32_t* Row(cairo_surface_t* surface, std::int32_t y) const;
   // Calls mix(target sample, scratch sample) where the first scratch surface was drawn on, and empties it.
@@ -102,20 +101,23 @@ class Canvas {
   template <typename Draw>
   void DrawByRop2(const Area& area, std::uint32_t rop2, Draw draw);
   static void SetPaint(cairo_t* cairo, const Paint& paint);
+  void TraceGlyphs(cairo_t* cairo, cairo_font_face_t* face, const cairo_matrix_t& size,
+                   std::span<const cairo_glyph_t> glyphs);
   // The library draws nothing more with a context that has met an error.
   void Recover();
 
   std::uint32_t paper_;
   std::uint64_t work_ = 0;
   std::clock_t start_ = std::clock();
-  std::int32_t x_ = 0, y_ = 0;  // of the tile, in samples
-  std::int32_t width_ = 0, height_ = 0;
+  std::int32_t width_ = 0, height_ = 0;  // of the tile, in samples
   Surface surface_;
   Cairo cairo_;
   Surface scratchSurface_[2];
   Cairo scratch_[2];
   Clip clip_;
-  bool clipPending_[2] = {};  // of the scratch surfaces
+  // Many clips come and go without a thing drawn in them.
+  bool clipPending_ = false;
+  bool scratchClipPending_[2] = {};
 };
 
 }  // namespace metafile_player

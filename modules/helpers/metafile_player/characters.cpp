@@ -3,12 +3,6 @@
 namespace metafile_player {
 namespace {
 
-// 128 to 159, where the Western code page differs from Latin-1.
-constexpr char16_t kWestern[32] = {0x20AC, 0x81,   0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
-                                   0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x8D,   0x017D, 0x8F,
-                                   0x90,   0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
-                                   0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D,   0x017E, 0x0178};
-
 constexpr std::u32string_view kGreekCapitals = U"ΑΒΧΔΕΦΓΗΙϑΚΛΜΝΟΠΘΡΣΤΥςΩΞΨΖ";  // for A to Z
 constexpr std::u32string_view kGreekSmall = U"αβχδεφγηιϕκλμνοπθρστυϖωξψζ";
 // 161 to 254; 0 where the font has pieces of large brackets and the like.
@@ -50,8 +44,6 @@ std::string Utf8(std::u16string_view text) {
   for (std::size_t at = 0; at < text.size();) AppendUtf8(bytes, NextCharacter(text, at));
   return bytes;
 }
-
-char16_t WesternCharacter(std::uint8_t byte) { return byte >= 128 && byte < 160 ? kWestern[byte - 128] : byte; }
 
 char32_t SymbolCharacter(std::uint8_t byte) {
   if (byte >= 'A' && byte <= 'Z') return kGreekCapitals[byte - 'A'];

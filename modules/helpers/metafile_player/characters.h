@@ -13,9 +13,6 @@ std::string Utf8(std::u16string_view text);
 // The character at `at`, which moves behind it.
 char32_t NextCharacter(std::u16string_view text, std::size_t& at);
 
-// A byte of the Western code page.
-char16_t WesternCharacter(std::uint8_t byte);
-
 // What a byte of the font "Symbol" stands for in Unicode.
 char32_t SymbolCharacter(std::uint8_t byte);
 

@@ -17,8 +17,8 @@ inline constexpr std::uint32_t kMaxHandles = 65535;
 inline constexpr std::size_t kMaxRegionBoxes = 65536;
 // Clips in clips, each of which every later drawing must pass.
 inline constexpr std::size_t kMaxClipTerms = 64;
-// Beyond it the library's numbers of 24.8 bits overflow.
-inline constexpr double kMaxCoordinate = 8388607.0;
+// The library's numbers of 24.8 bits end at twice as much, which leaves room for what it adds to an outline.
+inline constexpr double kMaxCoordinate = 4194304.0;
 // A bitmap that is drawn; also what decoded bitmaps may keep in memory together.
 inline constexpr std::uint64_t kMaxBitmapPixels = std::uint64_t{1} << 26;
 inline constexpr std::size_t kMaxCachedPixels = std::size_t{1} << 26;

@@ -11,7 +11,6 @@ namespace {
 using platform::Record;
 
 constexpr std::uint32_t kBoldFrom = 600;
-constexpr std::uint8_t kSymbolCharset = 2;
 constexpr std::size_t kMaxDashes = 16;
 constexpr std::size_t kFaceUnits = 32;
 
@@ -110,7 +109,7 @@ FontHandle ReadFont(const Record& record) {
   font->italic = record.Byte(32) != 0;
   font->underline = record.Byte(33) != 0;
   font->strikeOut = record.Byte(34) != 0;
-  font->symbols = record.Byte(35) == kSymbolCharset;
+  font->charset = record.Byte(35);
   font->fixedPitch = (record.Byte(39) & 3) == 1;
   font->serifs = (record.Byte(39) >> 4) == 1;
   std::u16string face;

@@ -42,7 +42,7 @@ struct Font {
   bool italic = false;
   bool underline = false;
   bool strikeOut = false;
-  bool symbols = false;
+  std::uint8_t charset = 0;
   bool fixedPitch = false;
   bool serifs = false;
   std::string family;  // UTF-8

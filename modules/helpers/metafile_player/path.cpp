@@ -19,11 +19,6 @@ Spot Mapped(const platform::Transform& transform, double x, double y) { return {
 
 }  // namespace
 
-Area CommonOf(const Area& one, const Area& other) {
-  return {std::max(one.left, other.left), std::max(one.top, other.top), std::min(one.right, other.right),
-          std::min(one.bottom, other.bottom)};
-}
-
 void Path::Add(Spot at) { spots_.push_back({Held(at.x), Held(at.y)}); }
 
 void Path::MoveTo(Spot at) {

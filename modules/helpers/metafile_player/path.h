@@ -26,8 +26,6 @@ struct Area {
   bool Empty() const { return !(left < right && top < bottom); }
 };
 
-Area CommonOf(const Area& one, const Area& other);
-
 // Figures of lines and curves in samples. Coordinates are kept within what the drawing library can hold.
 class Path {
  public:

@@ -59,6 +59,10 @@ bool Playback::PlayState(const Record& record) {
     case platform::kEmrSetTextAlign:
       dc_.textAlign = value;
       return true;
+    case platform::kEmrSetTextJustification:
+      dc_.breakExtra = record.SignedLong(8);
+      dc_.breakCount = record.SignedLong(12);
+      return true;
     case platform::kEmrSetPolyFillMode:
       dc_.polyFillMode = value;
       return true;
@@ -144,6 +148,16 @@ bool Playback::PlayMapping(const Record& record) {
 
 void Playback::MappingChanged() {
   toSamples_ = platform::Then(dc_.mapping.ToDevice(placement_.perMmX, placement_.perMmY), placement_.deviceToSamples);
+}
+
+Area Playback::BoxAt(const Record& record, std::size_t at) {
+  const double left = record.SignedLong(at), top = record.SignedLong(at + 4);
+  const double right = record.SignedLong(at + 8), bottom = record.SignedLong(at + 12);
+  return {std::min(left, right), std::min(top, bottom), std::max(left, right), std::max(top, bottom)};
+}
+
+Spot Playback::SpotAt(const Record& record, std::size_t at) {
+  return {static_cast<double>(record.SignedLong(at)), static_cast<double>(record.SignedLong(at + 4))};
 }
 
 double Playback::Scale() const {

@@ -23,7 +23,7 @@ struct Shared {
   FaceCache faces;
 };
 
-// Where the recorded device lies on the picture.
+// Where the recorded device lies on a tile of the picture.
 struct Placement {
   double perMmX = 1;  // device units to a millimetre
   double perMmY = 1;
@@ -41,6 +41,9 @@ struct DeviceContext {
   std::uint32_t bkColor = 0xFFFFFFFF;  // colours are pixel words
   std::uint32_t textColor = 0xFF000000;
   std::uint32_t textAlign = 0;
+  // What justified lines of text have to spare, and how many blanks it goes to.
+  std::int32_t breakExtra = 0;
+  std::int32_t breakCount = 0;
   std::uint32_t polyFillMode = platform::kFillAlternate;
   std::uint32_t rop2 = platform::kRop2CopyPen;
   std::uint32_t arcDirection = platform::kCounterClockwise;
@@ -86,6 +89,8 @@ class Playback {
   Spot ToSamples(double x, double y) const { return {toSamples_.X(x, y), toSamples_.Y(x, y)}; }
   Spot ToSamples(Spot at) const { return ToSamples(at.x, at.y); }
   double Scale() const;  // samples to a logical unit, as a mean over the directions
+  static Area BoxAt(const Record& record, std::size_t at);
+  static Spot SpotAt(const Record& record, std::size_t at);
   std::vector<Spot> ReadPoints(const Record& record, std::size_t at, std::size_t count, bool narrow) const;
 
   // Lines and areas: into the open path, or drawn at once.
@@ -109,10 +114,9 @@ class Playback {
   Paint PaintOf(const Brush& brush, Pattern& owner) const;
 
   // Clips and regions.
-  enum class Units { kDevice, kLogical };
-  void Combine(std::shared_ptr<const ClipTerm> term, std::uint32_t mode);
-  std::shared_ptr<const ClipTerm> BoxTerm(const Record& record, std::size_t at) const;
-  std::optional<Path> ReadRegion(const Record& record, std::size_t at, std::size_t bytes, Units units) const;
+  void Combine(ClipTerm term, std::uint32_t mode);
+  static ClipTerm TermOf(std::span<const Area> boxes, const platform::Transform& toSamples);
+  static std::optional<std::vector<Area>> ReadRegion(const Record& record, std::size_t at, std::size_t bytes);
 
   // Bitmaps.
   struct Part {  // of a bitmap, in its pixels
@@ -138,12 +142,18 @@ class Playback {
   struct TextRun {
     Spot reference;
     std::u16string text;
-    std::vector<double> advances;  // logical; empty: the font's own
+    std::vector<std::int32_t> advances;  // logical; empty: the font's own
+    std::vector<std::int32_t> rises;     // of the line from each character to the next; empty: none
     std::uint32_t options = 0;
     platform::Box box;
   };
-  void ReadText(const Record& record, bool wide);
+  struct TextFrame;
+  struct PlacedGlyph;
+  void ReadText(const Record& record, std::size_t at, bool wide);
   void ReadSmallText(const Record& record);
+  TextFrame FrameOf(cairo_font_face_t* face);
+  double PlaceGlyphs(const TextRun& run, cairo_font_face_t* face, const TextFrame& frame,
+                     std::vector<PlacedGlyph>& placed);
   void DrawText(const TextRun& run);
 
   Canvas& canvas_;

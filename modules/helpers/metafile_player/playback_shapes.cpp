@@ -21,16 +21,6 @@ constexpr double kShortestDash = 1;
 constexpr std::size_t kCountAt = 24;
 constexpr std::size_t kPointsAt = 28;
 
-Area BoxAt(const Record& record, std::size_t at) {
-  const double left = record.SignedLong(at), top = record.SignedLong(at + 4);
-  const double right = record.SignedLong(at + 8), bottom = record.SignedLong(at + 12);
-  return {std::min(left, right), std::min(top, bottom), std::max(left, right), std::max(top, bottom)};
-}
-
-Spot SpotAt(const Record& record, std::size_t at) {
-  return {static_cast<double>(record.SignedLong(at)), static_cast<double>(record.SignedLong(at + 4))};
-}
-
 // The lengths of marks and gaps, in widths of a wide line or in pixels of a thin one.
 std::vector<double> DashesOf(std::uint32_t style, bool wide) {
   switch (style & platform::kPenStyleMask) {
@@ -366,12 +356,10 @@ bool Playback::PlayPath(const Record& record) {
       finish(true, true);
       return true;
     case platform::kEmrSelectClipPath: {
-      auto term = std::make_shared<ClipTerm>();
-      term->path = std::move(path_);
-      term->winding = dc_.polyFillMode == platform::kFillWinding;
-      path_.Clear();
+      Path figures;
+      std::swap(figures, path_);
       pathOpen_ = false;
-      Combine(std::move(term), record.Long(8));
+      Combine({std::move(figures), dc_.polyFillMode == platform::kFillWinding}, record.Long(8));
       return true;
     }
     default:

@@ -1,7 +1,10 @@
 #include <algorithm>
+#include <array>
 #include <cmath>
 
+#include "modules/common/code_page.h"
 #include "modules/helpers/metafile_player/characters.h"
+#include "modules/helpers/metafile_player/limits.h"
 #include "modules/helpers/metafile_player/playback.h"
 
 // Text.
@@ -23,16 +26,44 @@ constexpr double kUnderlineBelow = 0.08;
 constexpr double kStrikeOutAbove = 0.28;
 constexpr double kRuleHeight = 0.06;
 
+constexpr std::uint8_t kSymbolCharset = 2;
+constexpr char32_t kPrivateArea = 0xF000;  // where symbol fonts have their characters
+
+constexpr std::size_t kTextAt = 36;   // in EXTTEXTOUT
+constexpr std::size_t kTextsAt = 40;  // in POLYTEXTOUT
+constexpr std::size_t kTextBytes = 40;
+
 }  // namespace
+
+// How a line of text lies on the picture. Lengths are logical units.
+struct Playback::TextFrame {
+  double em, emWidth;
+  double ascent, descent;
+  // One step along the line, and one across it, down: in logical units and in samples.
+  Spot step;
+  Spot along, across;
+};
+
+struct Playback::PlacedGlyph {
+  GlyphOf glyph;
+  double along;  // from the start of the line
+  double above;
+};
 
 bool Playback::PlayText(const Record& record) {
   switch (record.Type()) {
     case platform::kEmrExtTextOutW:
-      ReadText(record, true);
-      return true;
     case platform::kEmrExtTextOutA:
-      ReadText(record, false);
+      ReadText(record, kTextAt, record.Type() == platform::kEmrExtTextOutW);
       return true;
+    case platform::kEmrPolyTextOutW:
+    case platform::kEmrPolyTextOutA: {
+      const std::size_t texts = std::min<std::size_t>(record.Long(36), record.Room(kTextsAt, kTextBytes));
+      for (std::size_t i = 0; i < texts && !canvas_.Exhausted(); ++i) {
+        ReadText(record, kTextsAt + kTextBytes * i, record.Type() == platform::kEmrPolyTextOutW);
+      }
+      return true;
+    }
     case platform::kEmrSmallTextOut:
       ReadSmallText(record);
       return true;
@@ -41,28 +72,36 @@ bool Playback::PlayText(const Record& record) {
   }
 }
 
-void Playback::ReadText(const Record& record, bool wide) {
+void Playback::ReadText(const Record& record, std::size_t at, bool wide) {
   TextRun run;
-  run.reference = {static_cast<double>(record.SignedLong(36)), static_cast<double>(record.SignedLong(40))};
-  run.options = record.Long(52);
-  run.box = {record.SignedLong(56), record.SignedLong(60), record.SignedLong(64), record.SignedLong(68)};
-  const std::size_t textAt = record.Long(48);
-  const std::size_t count = std::min<std::size_t>({record.Long(44), record.Room(textAt, wide ? 2 : 1), kMaxCharacters});
-  for (std::size_t i = 0; i < count; ++i) {
-    run.text.push_back(wide ? static_cast<char16_t>(record.Word(textAt + 2 * i))
-                            : WesternCharacter(record.Byte(textAt + i)));
-  }
-  const std::size_t advancesAt = record.Long(72);
-  const std::size_t step = (run.options & platform::kTextPairedAdvances) != 0 ? 8 : 4;
+  run.reference = SpotAt(record, at);
+  run.options = record.Long(at + 16);
+  run.box = {record.SignedLong(at + 20), record.SignedLong(at + 24), record.SignedLong(at + 28),
+             record.SignedLong(at + 32)};
+  const std::size_t textAt = record.Long(at + 12);
+  const std::size_t count =
+      std::min<std::size_t>({record.Long(at + 8), record.Room(textAt, wide ? 2 : 1), kMaxCharacters});
+  const std::size_t advancesAt = record.Long(at + 36);
+  const bool paired = (run.options & platform::kTextPairedAdvances) != 0;
+  const std::size_t step = paired ? 8 : 4;
   if (advancesAt != 0 && record.Room(advancesAt, step) >= count) {
-    for (std::size_t i = 0; i < count; ++i) run.advances.push_back(record.SignedLong(advancesAt + step * i));
+    for (std::size_t i = 0; i < count; ++i) {
+      run.advances.push_back(record.SignedLong(advancesAt + step * i));
+      if (paired) run.rises.push_back(record.SignedLong(advancesAt + step * i + 4));
+    }
+  }
+  if (wide) {
+    for (std::size_t i = 0; i < count; ++i) run.text.push_back(static_cast<char16_t>(record.Word(textAt + 2 * i)));
+  } else {
+    run.text = modules::DecodeText(record.Part(textAt, count), dc_.font->charset, &run.advances);
+    run.rises.resize(run.rises.empty() ? 0 : run.text.size());
   }
   DrawText(run);
 }
 
 void Playback::ReadSmallText(const Record& record) {
   TextRun run;
-  run.reference = {static_cast<double>(record.SignedLong(8)), static_cast<double>(record.SignedLong(12))};
+  run.reference = SpotAt(record, 8);
   run.options = record.Long(20);
   std::size_t textAt = 36;
   if ((run.options & platform::kTextNoRectangle) == 0) {
@@ -77,46 +116,39 @@ void Playback::ReadSmallText(const Record& record) {
   DrawText(run);
 }
 
-void Playback::DrawText(const TextRun& run) {
-  const bool hasBox = (run.options & platform::kTextNoRectangle) == 0;
-  const Path box = PathOf(LogicalBox(run.box.left, run.box.top, static_cast<double>(run.box.right) - run.box.left,
-                                     static_cast<double>(run.box.bottom) - run.box.top));
-  if (hasBox && (run.options & platform::kTextOpaque) != 0) {
-    canvas_.Fill(box, false, {dc_.bkColor, nullptr}, platform::kRop2CopyPen);
-  }
+Playback::TextFrame Playback::FrameOf(cairo_font_face_t* face) {
   const Font& font = *dc_.font;
-  FaceCache& faces = shared_.faces;
-  cairo_font_face_t* face = run.text.empty() ? nullptr : faces.FaceOf(font);
-  if (face == nullptr) return;
-  const FaceMeasures& measures = faces.MeasuresOf(face);
-
-  // Sizes in logical units.
-  double em = font.height == 0 ? kDefaultEm : std::abs(static_cast<double>(font.height));
-  if (font.height > 0 && measures.ascent + measures.descent > 0) em /= measures.ascent + measures.descent;
-  double emWidth = em;
+  const FaceMeasures& measures = shared_.faces.MeasuresOf(face);
+  TextFrame frame;
+  frame.em = font.height == 0 ? kDefaultEm : std::abs(static_cast<double>(font.height));
+  if (font.height > 0 && measures.ascent + measures.descent > 0) frame.em /= measures.ascent + measures.descent;
+  frame.emWidth = frame.em;
   if (font.width != 0 && measures.averageWidth > 0) {
-    emWidth = std::abs(static_cast<double>(font.width)) / measures.averageWidth;
+    frame.emWidth = std::abs(static_cast<double>(font.width)) / measures.averageWidth;
   }
+  frame.ascent = measures.ascent * frame.em;
+  frame.descent = measures.descent * frame.em;
 
   // Letters stand upright on the page whichever way its axes point; only a world transform turns them over.
   const platform::Transform page = dc_.mapping.Page(placement_.perMmX, placement_.perMmY);
   const double right = page.m11 < 0 ? -1 : 1;
   const double down = page.m22 < 0 ? -1 : 1;
   const double angle = font.escapement * kPi / 180;
-  const double cosine = std::cos(angle), sine = std::sin(angle);
   const auto direction = [&](double x, double y) -> Spot {
     return {toSamples_.m11 * x + toSamples_.m21 * y, toSamples_.m12 * x + toSamples_.m22 * y};
   };
-  // Samples to a logical unit along the line of text and across it.
-  const Spot along = direction(right * cosine, -down * sine);
-  const Spot across = direction(right * sine, down * cosine);
+  frame.step = {right * std::cos(angle), -down * std::sin(angle)};
+  frame.along = direction(frame.step.x, frame.step.y);
+  frame.across = direction(right * std::sin(angle), down * std::cos(angle));
+  return frame;
+}
 
-  struct Placed {
-    GlyphOf glyph;
-    double at;
-  };
-  std::vector<Placed> placed;
+// Gives the width of the whole line.
+double Playback::PlaceGlyphs(const TextRun& run, cairo_font_face_t* face, const TextFrame& frame,
+                             std::vector<PlacedGlyph>& placed) {
+  const Font& font = *dc_.font;
   double width = 0;
+  double above = 0;
   for (std::size_t at = 0; at < run.text.size();) {
     const std::size_t first = at;
     char32_t character = 0;
@@ -124,54 +156,73 @@ void Playback::DrawText(const TextRun& run) {
     if ((run.options & platform::kTextGlyphNumbers) != 0) {
       glyph.face = face;
       glyph.index = run.text[at++];
-      glyph.advance = run.advances.empty() ? faces.AdvanceOf(face, glyph.index) : 0;
+      glyph.advance = run.advances.empty() ? shared_.faces.AdvanceOf(face, glyph.index) : 0;
     } else {
       character = NextCharacter(run.text, at);
-      if (font.symbols && character < 0x100) character |= 0xF000;
-      glyph = faces.Find(font, character);
+      if (font.charset == kSymbolCharset && character < 0x100) character |= kPrivateArea;
+      glyph = shared_.faces.Find(font, character);
     }
     const bool visible = character != ' ' && (character >= ' ' || character == 0);
-    if (visible && glyph.face != nullptr) placed.push_back({glyph, width});
+    if (visible && glyph.face != nullptr) placed.push_back({glyph, width, above});
     if (run.advances.empty()) {
-      width += glyph.advance * emWidth;
+      width += glyph.advance * frame.emWidth;
+      if (character == ' ' && dc_.breakCount > 0) width += static_cast<double>(dc_.breakExtra) / dc_.breakCount;
     } else {
       for (std::size_t i = first; i < at; ++i) width += run.advances[i];
     }
+    for (std::size_t i = first; i < at && i < run.rises.size(); ++i) above += run.rises[i];
   }
+  return width;
+}
+
+void Playback::DrawText(const TextRun& run) {
+  const bool hasBox = (run.options & platform::kTextNoRectangle) == 0;
+  const Area box{static_cast<double>(run.box.left), static_cast<double>(run.box.top),
+                 static_cast<double>(run.box.right), static_cast<double>(run.box.bottom)};
+  const auto fill = [&](const Path& path, std::uint32_t color) {
+    // Within a path's brackets text is what it would paint.
+    if (pathOpen_) return Draw(path, true, false);
+    canvas_.Fill(path, false, {color, nullptr}, platform::kRop2CopyPen);
+  };
+  if (hasBox && (run.options & platform::kTextOpaque) != 0) {
+    fill(PathOf(LogicalBox(box.left, box.top, box.right - box.left, box.bottom - box.top)), dc_.bkColor);
+  }
+  const Font& font = *dc_.font;
+  cairo_font_face_t* face = run.text.empty() ? nullptr : shared_.faces.FaceOf(font);
+  if (face == nullptr) return;
+  const TextFrame frame = FrameOf(face);
+  std::vector<PlacedGlyph> placed;
+  const double width = PlaceGlyphs(run, face, frame, placed);
 
   const bool goesOn = (dc_.textAlign & platform::kAlignUpdatePosition) != 0;
   const Spot reference = goesOn ? dc_.position : run.reference;
   double start = 0;
   if ((dc_.textAlign & platform::kAlignHorizontalMask) == platform::kAlignCenter) start = -width / 2;
   if ((dc_.textAlign & platform::kAlignHorizontalMask) == platform::kAlignRight) start = -width;
-  double baseline = measures.ascent * em;
+  double baseline = frame.ascent;
   if ((dc_.textAlign & platform::kAlignVerticalMask) == platform::kAlignBaseline) baseline = 0;
-  if ((dc_.textAlign & platform::kAlignVerticalMask) == platform::kAlignBottom) baseline = -measures.descent * em;
+  if ((dc_.textAlign & platform::kAlignVerticalMask) == platform::kAlignBottom) baseline = -frame.descent;
   if (goesOn) {
     const double sign = start == 0 ? 1 : start == -width ? -1 : 0;
-    dc_.position = {reference.x + sign * width * right * cosine, reference.y - sign * width * down * sine};
+    dc_.position = {reference.x + sign * width * frame.step.x, reference.y + sign * width * frame.step.y};
   }
   const Spot origin = ToSamples(reference);
   const auto spot = [&](double x, double y) -> Spot {
-    return {origin.x + along.x * (start + x) + across.x * (baseline + y),
-            origin.y + along.y * (start + x) + across.y * (baseline + y)};
+    return {origin.x + frame.along.x * (start + x) + frame.across.x * (baseline + y),
+            origin.y + frame.along.y * (start + x) + frame.across.y * (baseline + y)};
   };
-  const auto fillBox = [&](double top, double bottom, std::uint32_t color) {
-    canvas_.Fill(PathOf({spot(0, top), spot(width, top), spot(0, bottom)}), false, {color, nullptr},
-                 platform::kRop2CopyPen);
+  const auto fillLine = [&](double top, double bottom, std::uint32_t color) {
+    fill(PathOf({spot(0, top), spot(width, top), spot(0, bottom)}), color);
   };
 
   const bool clipped = hasBox && (run.options & platform::kTextClipped) != 0;
   const Clip before = dc_.clip;
-  if (clipped) {
-    auto term = std::make_shared<ClipTerm>();
-    term->path = box;
-    Combine(std::move(term), platform::kRegionAnd);
-  }
-  if (dc_.bkMode == platform::kOpaqueMode) fillBox(-measures.ascent * em, measures.descent * em, dc_.bkColor);
+  if (clipped) Combine(TermOf(std::array{box}, toSamples_), platform::kRegionAnd);
+  if (dc_.bkMode == platform::kOpaqueMode) fillLine(-frame.ascent, frame.descent, dc_.bkColor);
 
   cairo_matrix_t matrix;
-  cairo_matrix_init(&matrix, along.x * emWidth, along.y * emWidth, across.x * em, across.y * em, 0, 0);
+  cairo_matrix_init(&matrix, frame.along.x * frame.emWidth, frame.along.y * frame.emWidth, frame.across.x * frame.em,
+                    frame.across.y * frame.em, 0, 0);
   // Each way by itself: the library loses memory over fonts that it can't scale.
   const double least = std::min(std::hypot(matrix.xx, matrix.yx), std::hypot(matrix.xy, matrix.yy));
   const double most = std::max(std::hypot(matrix.xx, matrix.yx), std::hypot(matrix.xy, matrix.yy));
@@ -183,14 +234,18 @@ void Playback::DrawText(const TextRun& run) {
       cairo_font_face_t* const current = placed[i].glyph.face;
       glyphs.clear();
       for (; i < placed.size() && placed[i].glyph.face == current; ++i) {
-        const Spot at = spot(placed[i].at, 0);
+        const Spot at = spot(placed[i].along, -placed[i].above);
         glyphs.push_back({placed[i].glyph.index, at.x, at.y});
       }
-      canvas_.Glyphs(current, matrix, glyphs, dc_.textColor);
+      if (pathOpen_) {
+        Draw(canvas_.Outlines(current, matrix, glyphs), true, false);
+      } else {
+        canvas_.Glyphs(current, matrix, glyphs, dc_.textColor);
+      }
     }
   }
-  if (font.underline) fillBox(em * kUnderlineBelow, em * (kUnderlineBelow + kRuleHeight), dc_.textColor);
-  if (font.strikeOut) fillBox(-em * (kStrikeOutAbove + kRuleHeight), -em * kStrikeOutAbove, dc_.textColor);
+  if (font.underline) fillLine(frame.em * kUnderlineBelow, frame.em * (kUnderlineBelow + kRuleHeight), dc_.textColor);
+  if (font.strikeOut) fillLine(-frame.em * (kStrikeOutAbove + kRuleHeight), -frame.em * kStrikeOutAbove, dc_.textColor);
   if (clipped) {
     dc_.clip = before;
     ClipChanged();

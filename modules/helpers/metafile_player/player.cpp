@@ -72,8 +72,11 @@ bool DrawPicture(std::span<const std::uint8_t> stream, std::int32_t width, std::
   const auto pixelsPerRow = static_cast<std::size_t>(width);
   for (std::int32_t y = 0; y < height; y += tileHeight) {
     for (std::int32_t x = 0; x < width; x += tileWidth) {
-      if (!canvas.Begin(x, y, std::min(tileWidth, width - x), std::min(tileHeight, height - y))) return false;
-      DrawTile(stream, canvas, shared, placement);
+      if (!canvas.Begin(std::min(tileWidth, width - x), std::min(tileHeight, height - y))) return false;
+      Placement tile = placement;
+      tile.deviceToSamples.dx -= static_cast<double>(x) * kSamples;
+      tile.deviceToSamples.dy -= static_cast<double>(y) * kSamples;
+      DrawTile(stream, canvas, shared, tile);
       canvas.Finish(pixels + static_cast<std::size_t>(y) * pixelsPerRow + static_cast<std::size_t>(x), pixelsPerRow);
     }
   }

@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <vector>
@@ -25,6 +27,19 @@ struct MetafileDeleter {
   void operator()(platform::Metafile* metafile) const { platform::DeleteEnhMetaFile(metafile); }
 };
 using OwnedMetafile = std::unique_ptr<platform::Metafile, MetafileDeleter>;
+
+using Bytes = std::vector<std::uint8_t>;
+
+inline void Put(Bytes& bytes, std::uint32_t value) {
+  for (int shift = 0; shift < 32; shift += 8) bytes.push_back(static_cast<std::uint8_t>(value >> shift));
+}
+
+// A record that says its own true length.
+inline void Put(Bytes& bytes, std::uint32_t type, const std::vector<std::uint32_t>& values) {
+  Put(bytes, type);
+  Put(bytes, static_cast<std::uint32_t>(8 + 4 * values.size()));
+  for (const std::uint32_t value : values) Put(bytes, value);
+}
 
 // A picture of so many pixels, drawn into by a recorder whose units are parts of a pixel.
 class Drawing {
@@ -51,6 +66,15 @@ class Drawing {
   void Play(const platform::Metafile& metafile, std::uint32_t paper = kWhiteWord) {
     pixels.assign(static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_), 0xDEADBEEF);
     ASSERT_TRUE(platform::PlayEnhMetaFile(&metafile, width_, height_, paper, pixels.data()));
+  }
+
+  // What was recorded, and behind it records that the recorder doesn't write.
+  void PlayWith(const std::function<void(Bytes&)>& add) {
+    const OwnedMetafile metafile(out.Close());
+    constexpr std::size_t kEndBytes = 20;
+    metafile->records.resize(metafile->records.size() - kEndBytes);
+    add(metafile->records);
+    Play(*metafile);
   }
 
   std::uint32_t At(std::int32_t x, std::int32_t y) const {

@@ -11,37 +11,24 @@
 namespace {
 
 using platform::Point;
+using test_support::Bytes;
 using test_support::Drawing;
 using test_support::kBlueRef;
 using test_support::kNothing;
 using test_support::kRedRef;
 using test_support::kRedWord;
 using test_support::OwnedMetafile;
-
-using Bytes = std::vector<std::uint8_t>;
-
-void Put(Bytes& bytes, std::uint32_t value) {
-  for (int shift = 0; shift < 32; shift += 8) bytes.push_back(static_cast<std::uint8_t>(value >> shift));
-}
-
-// A record that says its own true length.
-void Put(Bytes& bytes, std::uint32_t type, const std::vector<std::uint32_t>& values) {
-  Put(bytes, type);
-  Put(bytes, static_cast<std::uint32_t>(8 + 4 * values.size()));
-  for (const std::uint32_t value : values) Put(bytes, value);
-}
+using test_support::Put;
 
 // A stream of 8 x 8 pixels that begins with a red box at the top left; `add` writes what follows, and a second box may
 // come after that.
 void PlayWith(Drawing& drawing, const std::function<void(Bytes&)>& add, bool secondBox = true) {
   drawing.FillOnly(kRedRef);
   drawing.out.Rectangle({0, 0, 2, 2});
-  const OwnedMetafile start(drawing.out.Close());
-  Bytes bytes = start->records;
-  bytes.erase(bytes.end() - 20, bytes.end());  // without its end
-  add(bytes);
-  if (secondBox) Put(bytes, platform::kEmrRectangle, {6, 6, 8, 8});
-  drawing.Play(platform::Metafile(bytes));
+  drawing.PlayWith([&](Bytes& bytes) {
+    add(bytes);
+    if (secondBox) Put(bytes, platform::kEmrRectangle, {6, 6, 8, 8});
+  });
   EXPECT_EQ(drawing.At(1, 1), kRedWord);
 }
 

@@ -12,6 +12,7 @@ namespace {
 
 using platform::Box;
 using platform::Point;
+using test_support::Bytes;
 using test_support::Drawing;
 using test_support::kBlackWord;
 using test_support::kBlueRef;
@@ -20,6 +21,7 @@ using test_support::kNothing;
 using test_support::kRedRef;
 using test_support::kRedWord;
 using test_support::kWhiteWord;
+using test_support::Put;
 using test_support::WordDib;
 
 constexpr double kPi = 3.14159265358979;
@@ -392,87 +394,80 @@ TEST(MetafilePlayer, HatchesLeaveOpenWhatIsTransparent) {
   }
 }
 
-// The box around what is painted; right and bottom outside.
-Box InkOf(const Drawing& drawing, std::int32_t width, std::int32_t height) {
-  Box box{width, height, 0, 0};
-  for (std::int32_t y = 0; y < height; ++y) {
-    for (std::int32_t x = 0; x < width; ++x) {
-      if (drawing.At(x, y) == kNothing) continue;
-      box = {std::min(box.left, x), std::min(box.top, y), std::max(box.right, x + 1), std::max(box.bottom, y + 1)};
+// Bytes of a region record's data: how many boxes, and the boxes.
+std::vector<std::uint32_t> RegionData(const std::vector<Box>& boxes) {
+  std::vector<std::uint32_t> data = {
+      32, 1, static_cast<std::uint32_t>(boxes.size()), static_cast<std::uint32_t>(16 * boxes.size()), 0, 0, 0, 0};
+  for (const Box& box : boxes) {
+    for (const std::int32_t side : {box.left, box.top, box.right, box.bottom}) {
+      data.push_back(static_cast<std::uint32_t>(side));
     }
   }
-  return box;
+  return data;
 }
 
-platform::FontSpec Arial(std::int32_t height, std::int32_t escapement = 0) {
-  platform::FontSpec font;
-  font.height = height;
-  font.face = u"Arial";
-  font.escapement = escapement;
-  return font;
-}
-
-TEST(MetafilePlayer, TextStandsWhereItIsPut) {
-  struct Case {
-    std::uint32_t align;
-    Box within;  // where all of the ink lies, with the reference point at 100, 60
+TEST(MetafilePlayer, FramesOfRegionsLieWithinThem) {
+  // An L of two boxes, framed by three units left and right and two above and below.
+  Drawing drawing(24, 24);
+  const std::uint32_t brush = drawing.out.CreateBrush(platform::kBrushSolid, kRedRef);
+  drawing.PlayWith([&](Bytes& bytes) {
+    const auto region = RegionData({{2, 2, 12, 12}, {2, 12, 22, 22}});
+    std::vector<std::uint32_t> values = {0, 0, 0, 0, static_cast<std::uint32_t>(4 * region.size()), brush, 3, 2};
+    values.insert(values.end(), region.begin(), region.end());
+    Put(bytes, platform::kEmrFrameRgn, values);
+  });
+  const auto within = [](std::int32_t x, std::int32_t y) {
+    return (x >= 2 && x < 12 && y >= 2 && y < 22) || (x >= 2 && x < 22 && y >= 12 && y < 22);
   };
-  for (const Case& one : {Case{platform::kAlignBaseline, {99, 40, 150, 62}}, Case{0, {99, 60, 150, 86}},
-                          Case{platform::kAlignBottom, {99, 34, 150, 60}},
-                          Case{platform::kAlignBaseline | platform::kAlignRight, {50, 40, 101, 62}},
-                          Case{platform::kAlignBaseline | platform::kAlignCenter, {75, 40, 125, 62}}}) {
-    Drawing drawing(200, 120);
-    drawing.out.SetBkMode(platform::kTransparentMode);
-    drawing.out.SelectObject(drawing.out.CreateFont(Arial(-24)));
-    drawing.out.SetTextAlign(one.align);
-    drawing.out.TextOut(100, 60, u"HEH");
-    drawing.Play();
-    const Box ink = InkOf(drawing, 200, 120);
-    EXPECT_GE(ink.left, one.within.left) << one.align;
-    EXPECT_GE(ink.top, one.within.top) << one.align;
-    EXPECT_LE(ink.right, one.within.right) << one.align;
-    EXPECT_LE(ink.bottom, one.within.bottom) << one.align;
-    EXPECT_GT(ink.right - ink.left, 40) << one.align;
+  for (std::int32_t y = 0; y < 24; ++y) {
+    for (std::int32_t x = 0; x < 24; ++x) {
+      bool core = true;
+      for (const std::int32_t dx : {-3, 0, 3}) {
+        for (const std::int32_t dy : {-2, 0, 2}) core = core && within(x + dx, y + dy);
+      }
+      EXPECT_EQ(drawing.At(x, y), within(x, y) && !core ? kRedWord : kNothing) << x << ", " << y;
+    }
   }
 }
 
-TEST(MetafilePlayer, AdvancesPlaceCharacters) {
-  Drawing drawing(100, 40);
-  drawing.out.SetBkMode(platform::kTransparentMode);
-  drawing.out.SelectObject(drawing.out.CreateFont(Arial(-20)));
-  drawing.out.TextOut(5, 5, u"II", std::array<std::int32_t, 2>{70, 5});
-  drawing.Play();
-  std::size_t middle = 0;
-  for (std::int32_t x = 15; x < 70; ++x) middle += drawing.At(x, 20) != kNothing;
-  EXPECT_EQ(middle, 0U);
-  const Box ink = InkOf(drawing, 100, 40);
-  EXPECT_LT(ink.left, 12);
-  EXPECT_GT(ink.right, 75);
+TEST(MetafilePlayer, ClipsOfAnyFormJoin) {
+  struct Case {
+    std::uint32_t mode;
+    bool path, both, box, outside;
+  };
+  for (const Case& one :
+       {Case{platform::kRegionOr, true, true, true, false}, Case{platform::kRegionXor, true, false, true, false},
+        Case{platform::kRegionDiff, false, false, true, false}}) {
+    Drawing drawing(30, 20);
+    drawing.FillOnly(kRedRef);
+    drawing.out.SelectClipRegion(std::array<Box, 1>{Box{10, 0, 28, 20}}, platform::kRegionCopy);
+    drawing.out.BeginPath();
+    drawing.out.Ellipse({0, 0, 20, 20});
+    drawing.out.EndPath();
+    drawing.out.SelectClipPath(one.mode);
+    drawing.out.OffsetClip(1, 0);
+    drawing.out.Rectangle({0, 0, 30, 20});
+    drawing.Play();
+    EXPECT_EQ(drawing.At(4, 10) != kNothing, one.path) << one.mode;
+    EXPECT_EQ(drawing.At(14, 10) != kNothing, one.both) << one.mode;
+    EXPECT_EQ(drawing.At(25, 10) != kNothing, one.box) << one.mode;
+    EXPECT_EQ(drawing.At(29, 10) != kNothing, one.outside) << one.mode;
+    EXPECT_EQ(drawing.At(1, 1), kNothing) << one.mode;
+  }
 }
 
-TEST(MetafilePlayer, TextTurnsAndGoesOn) {
-  Drawing drawing(100, 100);
-  drawing.out.SetBkMode(platform::kTransparentMode);
-  drawing.out.SelectObject(drawing.out.CreateFont(Arial(-20, 900)));
-  drawing.out.SetTextAlign(platform::kAlignBaseline | platform::kAlignUpdatePosition);
-  drawing.out.MoveTo(50, 95);
-  drawing.out.TextOut(0, 0, u"I", std::array<std::int32_t, 1>{60});
-  drawing.out.TextOut(0, 0, u"I", std::array<std::int32_t, 1>{60});
+TEST(MetafilePlayer, WhatIsExcludedStaysSoOnEveryTile) {
+  Drawing drawing(1024, 2100);
+  drawing.FillOnly(kRedRef);
+  drawing.out.ExcludeClipRect({100, 100, 200, 2000});
+  drawing.out.Rectangle({0, 0, 1024, 2100});
   drawing.Play();
-  const Box ink = InkOf(drawing, 100, 100);
-  EXPECT_LE(ink.right, 51) << "the letter's foot stands to the right";
-  EXPECT_GT(ink.left, 30);
-  EXPECT_LT(ink.top, 40) << "the second letter is further up";
-  EXPECT_GT(ink.bottom, 85);
-}
-
-TEST(MetafilePlayer, OpaqueTextHasItsBox) {
-  Drawing drawing(20, 10);
-  drawing.out.SetBkColor(kRedRef);
-  drawing.out.SetBkMode(platform::kTransparentMode);
-  drawing.out.TextOut(0, 0, u"", {}, platform::kTextOpaque, {3, 2, 15, 8});
-  drawing.Play();
-  EXPECT_TRUE(drawing.Only({3, 2, 15, 8}, kRedWord));
+  for (const std::int32_t y : {150, 1100, 1950}) {
+    EXPECT_EQ(drawing.At(99, y), kRedWord) << y;
+    EXPECT_EQ(drawing.At(150, y), kNothing) << y;
+    EXPECT_EQ(drawing.At(200, y), kRedWord) << y;
+  }
+  EXPECT_EQ(drawing.At(150, 2050), kRedWord);
 }
 
 TEST(MetafilePlayer, TilesMeet) {
