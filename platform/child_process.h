@@ -37,6 +37,7 @@ class ChildProcess {
       : pid_(std::exchange(other.pid_, -1)),
         output_(std::exchange(other.output_, -1)),
         milliseconds_(other.milliseconds_),
+        start_(other.start_),
         deadline_(other.deadline_),
         timedOut_(other.timedOut_) {}
   ChildProcess& operator=(ChildProcess&&) = delete;

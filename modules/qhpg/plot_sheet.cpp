@@ -221,6 +221,7 @@ void PlotSheet::LabelLine(Place at, const Lettering& lettering, std::string_view
     font.width = std::max(Whole(em * kMeanOfEm * stretch), 1);
   }
   font.face = u"Arial";
+  font.italic = lettering.slanted;
   const double degrees = std::atan2(lettering.runY, lettering.runX) * 180 / std::numbers::pi + 90.0 * turn_;
   font.escapement = Whole(degrees * 10);
   const std::uint32_t handle = recorder_.CreateFont(font);

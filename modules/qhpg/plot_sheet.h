@@ -28,6 +28,7 @@ struct Lettering {
   std::uint32_t origin = 1;  // how a label lies to its place, as the instruction numbers it
   double extraWidth = 0;     // of a character's cell
   double extraHeight = 0;
+  bool slanted = false;
 };
 
 enum class Filling { kSolid, kLines, kCrossed };

@@ -32,6 +32,15 @@ const std::vector<double>& PatternOf(int number) {
 void Plotter::Initialize() {
   first_ = {250, 279};
   second_ = {10250, 7479};
+  widthMm_ = 0.35;
+  SetDefaults();
+  sheet_.SetTurn(0);
+  sheet_.SetWidth(widthMm_ * kUnitsPerMm);
+  UsePen(1);
+}
+
+// What leaves the paper and the pen alone.
+void Plotter::SetDefaults() {
   scale_.reset();
   factorX_ = factorY_ = 1;
   offsetX_ = offsetY_ = 0;
@@ -45,16 +54,15 @@ void Plotter::Initialize() {
                                    platform::ColorRef(255, 0, 255),
                                    platform::ColorRef(0, 255, 255)};
   for (std::size_t i = 0; i < kPens; ++i) colors_[i] = i < std::size(kColors) ? kColors[i] : 0;
-  widthMm_ = 0.35;
   lettering_ = {};
+  symbol_ = '\0';
+  tickAhead_ = tickBehind_ = 0.5;
   labelEnd_ = kEndOfText;
   figures_.clear();
-  sheet_.SetTurn(0);
   sheet_.SetWindow({}, {});
   sheet_.SetDashes({});
   sheet_.SetFill({});
-  sheet_.SetWidth(widthMm_ * kUnitsPerMm);
-  UsePen(1);
+  UsePen(pen_);
 }
 
 Place Plotter::ToPlotter(double x, double y) const { return {x * factorX_ + offsetX_, y * factorY_ + offsetY_}; }
@@ -154,9 +162,12 @@ bool Plotter::Pens(std::uint32_t code) {
 bool Plotter::Frames(std::uint32_t code) {
   switch (code) {
     case Code('I', 'N'):
-    case Code('D', 'F'):
       in_.Numbers();
       Initialize();
+      return true;
+    case Code('D', 'F'):
+      in_.Numbers();
+      SetDefaults();
       return true;
     case Code('I', 'P'): {
       const auto& n = in_.Numbers();

@@ -39,9 +39,16 @@ bool Plotter::Letters(std::uint32_t code) {
       if (end != '\0') in_.Numbers();
       return true;
     }
-    case Code('S', 'M'):
-      in_.Character();
+    case Code('S', 'M'): {
+      const char c = in_.Character();
+      symbol_ = c > ' ' ? c : '\0';
       return true;
+    }
+    case Code('S', 'L'): {
+      const auto& n = in_.Numbers();
+      lettering_.slanted = !n.empty() && n[0] > 0.1;
+      return true;
+    }
     case Code('C', 'O'):
       in_.UpToSemicolon();
       return true;

@@ -36,6 +36,11 @@ void Plotter::Travel(const std::vector<double>& numbers) {
   for (std::size_t i = 0; i + 1 < numbers.size(); i += 2) {
     const Place way = Way(numbers[i], numbers[i + 1]);
     GoTo(relative_ ? Place{at_.x + way.x, at_.y + way.y} : ToPlotter(numbers[i], numbers[i + 1]));
+    if (symbol_ != '\0' && !polygon_ && pen_ != 0) {
+      Lettering centred = lettering_;
+      centred.origin = 5;
+      sheet_.Label(at_, centred, {&symbol_, 1});
+    }
   }
 }
 
@@ -51,6 +56,38 @@ void Plotter::TravelPacked() {
     GoTo(step.absolute ? ToPlotter(step.x, step.y) : Place{at_.x + way.x, at_.y + way.y});
   }
   down_ = before;
+}
+
+void Plotter::Bezier(const std::vector<double>& numbers, bool absolute) {
+  constexpr int kSteps = 24;
+  for (std::size_t i = 0; i + 5 < numbers.size(); i += 6) {
+    const Place from = at_;
+    const auto place = [&](std::size_t index) {
+      const Place way = Way(numbers[index], numbers[index + 1]);
+      return absolute ? ToPlotter(numbers[index], numbers[index + 1]) : Place{from.x + way.x, from.y + way.y};
+    };
+    const Place a = place(i);
+    const Place b = place(i + 2);
+    const Place to = place(i + 4);
+    for (int step = 1; step <= kSteps; ++step) {
+      const double t = static_cast<double>(step) / kSteps;
+      const double s = 1 - t;
+      const auto at = [&](double p, double q, double r, double v) {
+        return s * s * s * p + 3 * s * s * t * q + 3 * s * t * t * r + t * t * t * v;
+      };
+      GoTo({at(from.x, a.x, b.x, to.x), at(from.y, a.y, b.y, to.y)});
+    }
+  }
+}
+
+void Plotter::Tick(bool across) {
+  const double size = across ? second_.x - first_.x : second_.y - first_.y;
+  const double ahead = size * tickAhead_ / 100;
+  const double behind = size * tickBehind_ / 100;
+  if (pen_ == 0 || polygon_) return;
+  sheet_.PenTo(across ? Place{at_.x - behind, at_.y} : Place{at_.x, at_.y - behind}, false);
+  sheet_.PenTo(across ? Place{at_.x + ahead, at_.y} : Place{at_.x, at_.y + ahead}, true);
+  sheet_.PenTo(at_, false);
 }
 
 void Plotter::ArcAround(Place middle, double degrees) {
@@ -139,6 +176,17 @@ bool Plotter::Moves(std::uint32_t code) {
     case Code('P', 'E'):
       TravelPacked();
       return true;
+    case Code('X', 'T'):
+    case Code('Y', 'T'):
+      in_.Numbers();
+      Tick(code == Code('Y', 'T'));
+      return true;
+    case Code('T', 'L'): {
+      const auto& n = in_.Numbers();
+      tickAhead_ = n.empty() ? 0.5 : std::clamp(n[0], -100.0, 100.0);
+      tickBehind_ = n.empty() ? 0.5 : n.size() > 1 ? std::clamp(n[1], -100.0, 100.0) : 0;
+      return true;
+    }
     default:
       return false;
   }
@@ -165,6 +213,10 @@ bool Plotter::Curves(std::uint32_t code) {
                  absolute ? ToPlotter(n[2], n[3]) : Place{at_.x + b.x, at_.y + b.y});
       return true;
     }
+    case Code('B', 'Z'):
+    case Code('B', 'R'):
+      Bezier(in_.Numbers(), code == Code('B', 'Z'));
+      return true;
     case Code('C', 'I'): {
       const auto& n = in_.Numbers();
       if (n.empty()) return true;

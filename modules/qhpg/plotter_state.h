@@ -32,6 +32,7 @@ class Plotter {
   static constexpr std::size_t kPens = 256;
 
   void Initialize();
+  void SetDefaults();
   bool Moves(std::uint32_t code);
   bool Curves(std::uint32_t code);
   bool Areas(std::uint32_t code);
@@ -45,6 +46,10 @@ class Plotter {
   void GoTo(Place place);
   void Travel(const std::vector<double>& numbers);
   void TravelPacked();
+  // Cubic curves, three places each.
+  void Bezier(const std::vector<double>& numbers, bool absolute);
+  // A mark on an axis, through the pen's place.
+  void Tick(bool across);
   void ArcAround(Place middle, double degrees);
   void ArcThrough(Place through, Place end);
   Figures Box(Place corner) const;
@@ -73,6 +78,9 @@ class Plotter {
   Lettering lettering_;
   Place labelStart_;
   char labelEnd_ = kEndOfText;
+  char symbol_ = '\0';      // drawn at each place to which the pen is sent
+  double tickAhead_ = 0.5;  // hundredths of the way from P1 to P2
+  double tickBehind_ = 0.5;
   std::string_view buffered_;
   bool polygon_ = false;
   Figures figures_;

@@ -89,14 +89,16 @@ void Canvas::Clip(const std::vector<platform::Box>& boxes) {
 }
 
 std::uint32_t Canvas::BrushFor(const Pattern& pattern) {
-  if (pattern == kSolid) return recorder_.CreateBrush(platform::kBrushSolid, foreground);
-  if (pattern == kEmpty) return recorder_.CreateBrush(platform::kBrushSolid, background);
+  if (pattern.color) return recorder_.CreateBrush(platform::kBrushSolid, *pattern.color);
+  if (pattern.tile != nullptr) return recorder_.CreatePatternBrush(pattern.tile->Dib());
+  if (pattern.bits == kSolid) return recorder_.CreateBrush(platform::kBrushSolid, foreground);
+  if (pattern.bits == kEmpty) return recorder_.CreateBrush(platform::kBrushSolid, background);
   modules::Picture tile;
   if (!tile.Allocate(8, 8, 1)) return platform::kBlackBrush;
   const auto word = [](std::uint32_t color) { return (color & 0xFF) << 16 | (color & 0xFF00) | (color >> 16 & 0xFF); };
   tile.palette[0] = word(background);
   tile.palette[1] = word(foreground);
-  for (std::uint32_t y = 0; y < 8; ++y) *tile.Row(y) = pattern[y];
+  for (std::uint32_t y = 0; y < 8; ++y) *tile.Row(y) = pattern.bits[y];
   return recorder_.CreatePatternBrush(tile.Dib());
 }
 
@@ -252,8 +254,12 @@ void Canvas::Text(std::span<const std::uint8_t> bytes) {
 }
 
 void Canvas::Image(modules::Picture&& picture, const platform::Box& source, const platform::Box& target,
-                   std::uint32_t mode) {
-  WaitingPicture image{std::move(picture), source, target, mode};
+                   std::uint32_t mode, const std::vector<platform::Box>& mask) {
+  WaitingPicture image{std::move(picture), source, target, mode, {}};
+  const auto holdsTarget = [&](const platform::Box& box) {
+    return box.left <= target.left && box.top <= target.top && box.right >= target.right && box.bottom >= target.bottom;
+  };
+  if (std::none_of(mask.begin(), mask.end(), holdsTarget)) image.mask = mask;
   if (drawings_ == 0 && !waiting_ && !clipped_) {
     waiting_ = std::move(image);
     return;
@@ -279,11 +285,18 @@ void Canvas::Draw(const WaitingPicture& image) {
     default:
       break;
   }
+  if (!image.mask.empty()) {
+    std::vector<platform::Box> boxes;
+    for (const platform::Box& box : image.mask) boxes.push_back(Scaled(box));
+    recorder_.SaveDc();
+    recorder_.SelectClipRegion(boxes, platform::kRegionAnd);
+  }
   recorder_.DrawDib(Scaled(image.target), image.picture.Dib(), image.source, rop);
+  if (!image.mask.empty()) recorder_.RestoreDc();
 }
 
 const modules::Picture* Canvas::OnlyPicture() const {
-  if (!waiting_ || drawings_ != 0 || clipped_) return nullptr;
+  if (!waiting_ || drawings_ != 0 || clipped_ || !waiting_->mask.empty()) return nullptr;
   if (!Same(waiting_->target, header_.frame) || !Same(waiting_->source, waiting_->picture.Whole())) return nullptr;
   return &waiting_->picture;
 }

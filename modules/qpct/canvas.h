@@ -3,7 +3,7 @@
 
 #include <array>
 #include <cstdint>
-#include <map>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -15,9 +15,16 @@
 
 namespace qpct {
 
-using Pattern = std::array<std::uint8_t, 8>;
-inline constexpr Pattern kSolid = {255, 255, 255, 255, 255, 255, 255, 255};
-inline constexpr Pattern kEmpty = {};
+using PatternBits = std::array<std::uint8_t, 8>;
+inline constexpr PatternBits kSolid = {255, 255, 255, 255, 255, 255, 255, 255};
+inline constexpr PatternBits kEmpty = {};
+
+// Bits that take the colours of the drawing, or colours of its own.
+struct Pattern {
+  PatternBits bits = kSolid;
+  std::optional<std::uint32_t> color;  // red in the lowest byte
+  std::shared_ptr<const modules::Picture> tile;
+};
 
 // What to do with a figure, as operations number it.
 enum class Verb : std::uint32_t { kFrame = 0, kPaint, kErase, kInvert, kFill };
@@ -46,9 +53,9 @@ class Canvas {
   TextState text;
   std::uint32_t foreground = 0x000000;  // red in the lowest byte
   std::uint32_t background = 0xFFFFFF;
-  Pattern penPattern = kSolid;
-  Pattern fillPattern = kSolid;
-  Pattern backPattern = kEmpty;
+  Pattern penPattern;
+  Pattern fillPattern;
+  Pattern backPattern = {kEmpty, {}, {}};
   platform::Point origin;
   bool imagesOnly = false;  // all else is passed over
 
@@ -63,8 +70,10 @@ class Canvas {
   void Region(Verb verb, const std::vector<platform::Box>& boxes);
   void Text(std::span<const std::uint8_t> bytes);
 
-  // The first picture waits: if nothing else is drawn, it is the page itself.
-  void Image(modules::Picture&& picture, const platform::Box& source, const platform::Box& target, std::uint32_t mode);
+  // The first picture waits: if nothing else is drawn, it is the page itself. It is seen within `mask` only; none:
+  // whole.
+  void Image(modules::Picture&& picture, const platform::Box& source, const platform::Box& target, std::uint32_t mode,
+             const std::vector<platform::Box>& mask = {});
 
   // Whether what was drawn is one picture over the whole frame.
   const modules::Picture* OnlyPicture() const;
@@ -83,6 +92,7 @@ class Canvas {
     platform::Box source;
     platform::Box target;
     std::uint32_t mode;
+    std::vector<platform::Box> mask;
   };
 
   platform::Point Scaled(platform::Point point) const;

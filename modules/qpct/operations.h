@@ -47,6 +47,7 @@ enum Operation : std::uint32_t {
   kEnd = 0xFF,
   kHeaderOperation = 0x0C00,
   kCompressedQuickTime = 0x8200,
+  kPlainQuickTime = 0x8201,
 };
 
 // Passes over the data of an operation that isn't read.

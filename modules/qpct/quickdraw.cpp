@@ -55,6 +55,7 @@ class Walker {
   void Shape(std::uint32_t operation);
   void Image(std::uint32_t operation);
   void QuickTime();
+  void PlainQuickTime();
   void TextBytes() { canvas_.Text(in_.Take(in_.Byte())); }
   void FontName();
   Pattern ReadPattern();
@@ -83,8 +84,8 @@ platform::Point Walker::ReadPoint() {
 }
 
 Pattern Walker::ReadPattern() {
-  Pattern pattern{};
-  in_.Read(pattern.data(), pattern.size());
+  Pattern pattern;
+  in_.Read(pattern.bits.data(), pattern.bits.size());
   return pattern;
 }
 
@@ -94,19 +95,24 @@ std::uint32_t Walker::ReadRgb() {
   return platform::ColorRef(red, green, in_.BigWord() >> 8);
 }
 
-// A coloured pattern counts with the black and white one that it holds for others.
+// A coloured pattern begins with a black and white one for others.
 Pattern Walker::ReadPixPattern() {
   constexpr std::uint32_t kDithered = 2;
+  constexpr std::uint32_t kLargestTile = 256;
   const std::uint32_t kind = in_.BigWord();
-  const Pattern pattern = ReadPattern();
+  Pattern pattern = ReadPattern();
   if (kind == kDithered) {
-    ReadRgb();
+    pattern.color = ReadRgb();
     return pattern;
   }
   PixelMap map;
-  modules::Picture tile;
+  const auto tile = std::make_shared<modules::Picture>();
   std::uint32_t rows = 0;
-  if (!ReadPixelMap(in_, false, map) || !ReadPixels(in_, map, true, tile, rows)) in_.Seek(in_.Size());
+  if (!ReadPixelMap(in_, false, map) || !ReadPixels(in_, map, true, *tile, rows)) {
+    in_.Seek(in_.Size());
+    return pattern;
+  }
+  if (tile->width <= kLargestTile && tile->height <= kLargestTile) pattern.tile = tile;
   return pattern;
 }
 
@@ -300,7 +306,8 @@ void Walker::Image(std::uint32_t operation) {
   platform::Box source = ReadBox(in_);
   const platform::Box target = ReadBox(in_);
   const std::uint32_t mode = in_.BigWord();
-  if (hasRegion) ReadRegion(in_);
+  std::vector<platform::Box> mask;
+  if (hasRegion) mask = ReadRegion(in_);
   const bool packed = operation != kBits && operation != kBitsRegion;
   modules::Picture picture;
   std::uint32_t rows = 0;
@@ -310,7 +317,15 @@ void Walker::Image(std::uint32_t operation) {
   }
   source = {source.left - map.bounds.left, source.top - map.bounds.top, source.right - map.bounds.left,
             source.bottom - map.bounds.top};
-  canvas_.Image(std::move(picture), source, target, mode);
+  canvas_.Image(std::move(picture), source, target, mode, mask);
+}
+
+// Only says what the operation behind it, which is an image of the usual kinds, was made from.
+void Walker::PlainQuickTime() {
+  in_.Skip(4 + 2 + 36);
+  const std::size_t matteBytes = in_.BigLong();
+  in_.Skip(8);
+  in_.Skip(matteBytes);
 }
 
 void Walker::QuickTime() {
@@ -352,6 +367,7 @@ void Walker::QuickTime() {
 
 void Walker::Step(std::uint32_t operation) {
   if (operation == kCompressedQuickTime) return QuickTime();
+  if (operation == kPlainQuickTime) return PlainQuickTime();
   if (State(operation) || Lines(operation)) return;
   if (operation >= kShapes && operation < kShapesEnd) return Shape(operation);
   switch (operation) {

@@ -135,7 +135,7 @@ void PlaceNew(std::span<const std::uint8_t> data, bool third, DisplayList& list)
   if (hasCharacter) placed.character = in.Word();
   if ((flags & 4U) != 0) placed.matrix = ReadMatrix(in);
   if ((flags & 8U) != 0) placed.colors = ReadColorTransform(in, true);
-  if ((flags & 16U) != 0) in.Word();
+  if ((flags & 16U) != 0) placed.ratio = in.Word();
   if ((flags & 32U) != 0) SkipText(in.Aligned());
   if ((flags & 64U) != 0) placed.clipDepth = in.Word();
   const bool hasFilters = (more & 1U) != 0;
@@ -177,6 +177,12 @@ bool Place(const Tag& tag, DisplayList& list) {
   }
 }
 
+void Characters::AddVideoFrame(const Tag& tag) {
+  modules::ByteReader in(tag.data);
+  const std::uint16_t film = in.Word();
+  videoFrames_[film].push_back(in.Take(in.Left()));
+}
+
 bool Characters::Define(const Tag& tag) {
   if (tag.code == kJpegTables) {
     jpegTables_ = tag.data;
@@ -214,6 +220,12 @@ bool Characters::Define(const Tag& tag) {
     case kDefineSprite:
       known_[number] = ReadSprite(body);
       return true;
+    case kDefineVideo: {
+      auto video = std::make_shared<Video>(body, videoBudget_);
+      for (const auto& frame : videoFrames_[number]) video->AddFrame(frame);
+      known_[number] = std::move(video);
+      return true;
+    }
     default:
       break;
   }

@@ -12,12 +12,14 @@
 #include "modules/qswf/bitmap.h"
 #include "modules/qswf/shape.h"
 #include "modules/qswf/tags.h"
+#include "modules/qswf/video.h"
 
 namespace qswf {
 
 // One thing on the stage.
 struct Placed {
   std::uint16_t character = 0;
+  std::uint16_t ratio = 0;      // of films the frame
   std::uint16_t clipDepth = 0;  // up to there things are only seen within this one; 0: it is seen itself
   bool visible = true;
   Transform matrix;
@@ -51,11 +53,13 @@ struct Bitmap {
   bool tried = false;
 };
 
-using Character = std::variant<Shape, Font, Text, Bitmap, DisplayList>;
+using Character = std::variant<Shape, Font, Text, Bitmap, DisplayList, std::shared_ptr<Video>>;
 
 // What the tags of a movie define, by number.
 class Characters {
  public:
+  // Of a frame of a film, before all other tags: to show one of them may take those behind it.
+  void AddVideoFrame(const Tag& tag);
   // True if the tag defines something.
   bool Define(const Tag& tag);
   const Character* Find(std::uint16_t number) const;
@@ -67,7 +71,9 @@ class Characters {
   static constexpr std::uint64_t kMaxBitmapPixels = std::uint64_t{1} << 27;  // of all together
 
   std::map<std::uint16_t, Character> known_;
+  VideoBudget videoBudget_;
   std::vector<std::uint16_t> bitmapOrder_;
+  std::map<std::uint16_t, std::vector<std::span<const std::uint8_t>>> videoFrames_;  // by film
   std::span<const std::uint8_t> jpegTables_;
   std::uint64_t pixels_ = 0;
 };

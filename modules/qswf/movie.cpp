@@ -27,7 +27,12 @@ std::uint32_t DelayOf(const MovieHeader& header, std::uint32_t frames) {
 class Player {
  public:
   Player(const MovieHeader& header, std::span<const std::uint8_t> tags, glib::ImageDataExchange& exchange)
-      : header_(header), tags_(tags), exchange_(exchange) {}
+      : header_(header), tags_(tags), exchange_(exchange) {
+    Tag tag;
+    for (TagReader all(tags); all.Next(tag);) {
+      if (tag.code == kVideoFrame) characters_.AddVideoFrame(tag);
+    }
+  }
 
   std::uint32_t Run();
 

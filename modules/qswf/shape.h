@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "modules/qswf/values.h"
+#include "modules/vector/picture.h"
 
 namespace qswf {
 
@@ -24,6 +25,7 @@ struct FillStyle {
   bool linearLight = false;         // between stops
   double focus = 0;                 // of radial ones, -1 to 1
   std::uint16_t bitmap = 0;
+  const modules::Picture* picture = nullptr;  // in place of the bitmap with a number
   bool repeats = false;
   bool smooth = true;
 };

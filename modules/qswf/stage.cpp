@@ -132,7 +132,7 @@ void Stage::DrawList(const DisplayList& list, const Transform& matrix, const Col
     if (!placed.visible || !Spend(budget_.objects, 1)) continue;
     const Transform inner = platform::Then(placed.matrix, matrix);
     if (placed.clipDepth == 0) {
-      DrawCharacter(placed.character, inner, qswf::Then(placed.colors, colors), depth);
+      DrawCharacter(placed, inner, qswf::Then(placed.colors, colors), depth);
     } else if (clips.size() < modules::kMaxNesting && BeginClip(placed, inner, depth)) {
       // A clip that would outlast the one around it ends with that.
       clips.push_back(clips.empty() ? placed.clipDepth : std::min(placed.clipDepth, clips.back()));
@@ -153,25 +153,33 @@ bool Stage::BeginClip(const Placed& placed, const Transform& matrix, std::uint32
   return true;
 }
 
-void Stage::DrawCharacter(std::uint16_t number, const Transform& matrix, const ColorTransform& colors,
+void Stage::DrawCharacter(const Placed& placed, const Transform& matrix, const ColorTransform& colors,
                           std::uint32_t depth) {
-  const Character* character = characters_.Find(number);
+  const Character* character = characters_.Find(placed.character);
   if (character == nullptr || depth > modules::kMaxNesting) return;
   if (const auto* shape = std::get_if<Shape>(character)) return DrawShape(*shape, matrix, colors);
   if (const auto* text = std::get_if<Text>(character)) return DrawText(*text, matrix, colors);
   if (const auto* list = std::get_if<DisplayList>(character)) return DrawList(*list, matrix, colors, depth + 1);
-  if (std::get_if<Bitmap>(character) == nullptr) return;
-  // A bitmap that is placed by itself lies in a box of its size.
-  const modules::Picture* picture = characters_.FindBitmap(number);
-  if (picture == nullptr) return;
+  if (const auto* video = std::get_if<std::shared_ptr<Video>>(character)) {
+    const modules::Picture* picture = (*video)->Show(placed.ratio);
+    if (picture != nullptr) DrawPicture(*picture, (*video)->Width(), (*video)->Height(), matrix, colors);
+  } else if (std::get_if<Bitmap>(character) != nullptr) {
+    const modules::Picture* picture = characters_.FindBitmap(placed.character);
+    if (picture != nullptr) DrawPicture(*picture, picture->width, picture->height, matrix, colors);
+  }
+}
+
+void Stage::DrawPicture(const modules::Picture& picture, std::uint32_t width, std::uint32_t height,
+                        const Transform& matrix, const ColorTransform& colors) {
   Shape box;
   ShapeGroup& group = box.groups.emplace_back();
   FillStyle& fill = group.fills.emplace_back();
   fill.kind = FillStyle::Kind::kBitmap;
-  fill.bitmap = number;
-  fill.matrix.m11 = fill.matrix.m22 = kTwips;
-  const auto right = static_cast<std::int32_t>(picture->width) * kTwips;
-  const auto bottom = static_cast<std::int32_t>(picture->height) * kTwips;
+  fill.picture = &picture;
+  fill.matrix.m11 = static_cast<double>(width) * kTwips / picture.width;
+  fill.matrix.m22 = static_cast<double>(height) * kTwips / picture.height;
+  const auto right = static_cast<std::int32_t>(width) * kTwips;
+  const auto bottom = static_cast<std::int32_t>(height) * kTwips;
   const Vertex corners[] = {{0, 0}, {right, 0}, {right, bottom}, {0, bottom}};
   for (int i = 0; i < 4; ++i) {
     group.edges.push_back({{corners[i], corners[i], corners[(i + 1) % 4], true}, 0, 1, 0});
@@ -308,8 +316,8 @@ void Stage::Fill(const FillStyle& style, const Path& path, const Transform& matr
     const auto width = static_cast<std::uint32_t>(right - left);
     const auto height = static_cast<std::uint32_t>(bottom - top);
     if (!Spend(budget_.fillPixels, std::uint64_t{width} * height) || !picture.Allocate(width, height, 32)) return;
-    const modules::Picture* bitmap =
-        style.kind == FillStyle::Kind::kBitmap ? characters_.FindBitmap(style.bitmap) : nullptr;
+    const modules::Picture* bitmap = style.picture;
+    if (style.kind == FillStyle::Kind::kBitmap && bitmap == nullptr) bitmap = characters_.FindBitmap(style.bitmap);
     if (!PaintFill(style, matrix, colors, bitmap, left, top, picture)) return;
   }
   recorder_.SaveDc();

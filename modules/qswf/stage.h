@@ -29,7 +29,10 @@ class Stage {
   struct Path;
 
   void DrawList(const DisplayList& list, const Transform& matrix, const ColorTransform& colors, std::uint32_t depth);
-  void DrawCharacter(std::uint16_t number, const Transform& matrix, const ColorTransform& colors, std::uint32_t depth);
+  void DrawCharacter(const Placed& placed, const Transform& matrix, const ColorTransform& colors, std::uint32_t depth);
+  // In a box of so many pixels.
+  void DrawPicture(const modules::Picture& picture, std::uint32_t width, std::uint32_t height, const Transform& matrix,
+                   const ColorTransform& colors);
   void DrawShape(const Shape& shape, const Transform& matrix, const ColorTransform& colors);
   void DrawText(const Text& text, const Transform& matrix, const ColorTransform& colors);
   void Fill(const FillStyle& style, const Path& path, const Transform& matrix, const ColorTransform& colors);

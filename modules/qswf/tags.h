@@ -29,6 +29,8 @@ enum TagCode : std::uint32_t {
   kDefineSprite = 39,
   kDefineMorphShape = 46,
   kDefineFont2 = 48,
+  kDefineVideo = 60,
+  kVideoFrame = 61,
   kPlaceObject3 = 70,
   kDefineFont3 = 75,
   kDefineShape4 = 83,

@@ -36,6 +36,26 @@ bool PointAt(const Spline& spline, std::size_t span, double t, Place& point) {
   return true;
 }
 
+// Through the fit points, at each in the direction from the one before it to the one behind it.
+void AddFitted(const Spline& spline, Line& line) {
+  const auto count = static_cast<std::ptrdiff_t>(spline.fit.size());
+  const auto at = [&](std::ptrdiff_t i) {
+    if (spline.closed) return spline.fit[static_cast<std::size_t>((i + count) % count)];
+    return spline.fit[static_cast<std::size_t>(std::clamp<std::ptrdiff_t>(i, 0, count - 1))];
+  };
+  line.push_back(at(0));
+  for (std::ptrdiff_t i = 0; i < (spline.closed ? count : count - 1); ++i) {
+    const Place a = at(i - 1), b = at(i), c = at(i + 1), d = at(i + 2);
+    for (std::size_t step = 1; step <= kPointsPerSpan; ++step) {
+      const double t = static_cast<double>(step) / kPointsPerSpan;
+      const auto between = [&](double va, double vb, double vc, double vd) {
+        return vb + t * ((vc - va) / 2 + t * (va - 2.5 * vb + 2 * vc - vd / 2 + t * (1.5 * (vb - vc) + (vd - va) / 2)));
+      };
+      line.push_back({between(a.x, b.x, c.x, d.x), between(a.y, b.y, c.y, d.y)});
+    }
+  }
+}
+
 }  // namespace
 
 void AddEllipse(Place middle, Place major, double ratio, double start, double sweep, Line& line) {
@@ -79,6 +99,10 @@ void AddSpline(const Spline& spline, Line& line) {
                      spline.knots.size() >= count + degree + 1 &&
                      (spline.weights.empty() || spline.weights.size() == count) &&
                      std::is_sorted(spline.knots.begin(), spline.knots.end());
+  if (!whole && spline.fit.size() > 2) {
+    AddFitted(spline, line);
+    return;
+  }
   if (!whole) {
     const auto& points = spline.fit.empty() ? spline.control : spline.fit;
     line.insert(line.end(), points.begin(), points.end());

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/metafile/geometry.h"
+
 // A drawing in the units of its file, y going up, with all curves made into short lines.
 
 namespace dxf {
@@ -31,10 +33,17 @@ struct Look {
   double lineTypeScale = 1;
 };
 
+struct Face {
+  std::u16string name = u"Arial";
+  bool bold = false;
+  bool italic = false;
+};
+
 struct TextLook {
   std::string text;
+  Face face;
   Place at;
-  double height = 1;
+  double height = 1;  // of capitals
   double stretch = 1;
   double angle = 0;  // radians
   int column = 0;    // 0 left, 1 middle, 2 right of the place
@@ -53,13 +62,24 @@ struct Insertion {
   double rowStep = 0;
 };
 
+// Lines side by side.
+struct HatchFamily {
+  double angle = 0;  // radians
+  Place base;
+  Place step;                  // from a line to the next
+  std::vector<double> dashes;  // gaps below 0; none: whole lines
+};
+
 struct Item {
-  enum class Kind { kLines, kArea, kHatch, kText, kInsertion };
+  // Rays go on from their last point, lines without end also before their first.
+  enum class Kind { kLines, kRay, kEndless, kArea, kHatch, kText, kInsertion };
 
   Kind kind = Kind::kLines;
   Look look;
-  bool mirrored = false;  // seen from below: x counts the other way
+  platform::Transform plane;  // from the entity's own plane to that of what holds it
+  double width = 0;           // of lines, in units of the drawing; 0: as the look says
   std::vector<Line> lines;
+  std::vector<HatchFamily> hatch;
   TextLook text;
   Insertion insertion;
 };
@@ -74,12 +94,15 @@ struct Block {
   std::vector<Item> items;
 };
 
+// Names are keys as NameKey makes them.
 struct Drawing {
   std::map<std::string, Layer> layers;
   std::map<std::string, std::vector<double>> lineTypes;  // dashes above 0, gaps below
   double lineTypeScale = 1;
+  std::map<std::string, Face> faces;  // by text style
   std::map<std::string, Block> blocks;
   std::vector<Item> items;
+  std::vector<Item> sheet;  // what surrounds the drawing on paper
 };
 
 }  // namespace dxf

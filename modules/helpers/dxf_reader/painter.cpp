@@ -9,6 +9,9 @@
 #include <numbers>
 
 #include "modules/common/limits.h"
+#include "modules/helpers/dxf_reader/groups.h"
+#include "modules/helpers/dxf_reader/hatch_lines.h"
+#include "modules/helpers/dxf_reader/letters.h"
 #include "modules/helpers/dxf_reader/text_codes.h"
 
 namespace dxf {
@@ -19,8 +22,8 @@ constexpr std::int32_t kScale = 16;    // recorded units in a pixel
 constexpr double kMargin = 1;          // pixels, for the width of lines at the edge
 constexpr double kLargest = 1e12;      // places further away make no picture
 constexpr double kWeightOfPixel = 25;  // hundredths of a millimetre
-constexpr double kCapitalOfEm = 0.72;
-constexpr double kMeanOfHeight = 0.9;         // a letter's width, to the height of capitals; to guess a text's length
+constexpr double kMaxPen = 65535;
+constexpr std::size_t kMaxStrokes = 20000;    // of one family of hatch lines
 constexpr std::uint32_t kMaxItems = 1000000;  // with all insertions counted
 constexpr std::uint64_t kMaxPoints = std::uint64_t{1} << 24;
 
@@ -63,6 +66,9 @@ std::uint32_t ColorOf(const Look& look, std::uint32_t otherwise) {
   return NumberedColor(std::abs(look.color));
 }
 
+// How long what has length 1 becomes.
+double ScaleOf(const platform::Transform& t) { return std::sqrt(std::abs(t.m11 * t.m22 - t.m12 * t.m21)); }
+
 // Goes through a drawing twice: to find its bounds, then to record it.
 class Painter {
  public:
@@ -72,15 +78,21 @@ class Painter {
 
  private:
   void Walk(const std::vector<Item>& items, const Outer& outer, std::uint32_t depth);
-  void WalkInsertion(const Insertion& insertion, const Outer& outer, bool mirrored, std::uint32_t depth);
+  void WalkInsertion(const Insertion& insertion, const Outer& outer, std::uint32_t depth);
   void Show(const Item& item, const Outer& outer);
   void ShowText(const Item& item, const Outer& outer);
+  void Measure(const Item& item, const platform::Transform& transform);
   void MeasureText(const TextLook& text, const platform::Transform& transform);
   void Stroke(const Item& item, const Outer& outer);
   void Area(const Item& item, const Outer& outer);
+  void Hatch(const Item& item, const Outer& outer);
+  void Surface(const Item& item, const Outer& outer, std::uint32_t brush);
+  void Outline(const Item& item, const Outer& outer);
+  void DrawLine(const Line& line, const platform::Transform& transform);
+  Line Lengthened(const Item& item, const platform::Transform& transform) const;
   std::vector<std::uint32_t> DashesOf(const Item& item, const Outer& outer) const;
   const Layer* LayerOf(const std::string& name) const {
-    const auto found = drawing_.layers.find(name);
+    const auto found = drawing_.layers.find(NameKey(name));
     return found == drawing_.layers.end() ? nullptr : &found->second;
   }
 
@@ -121,15 +133,18 @@ void Painter::Walk(const std::vector<Item>& items, const Outer& outer, std::uint
     if (weight == kWeightOfLayer && layer != nullptr) weight = layer->look.weight;
     if (item.look.weight != kWeightOfBlock) own.weight = weight < 0 ? kWeightOfPixel : weight;
     if (item.kind == Item::Kind::kInsertion) {
-      if (depth < modules::kMaxNesting) WalkInsertion(item.insertion, own, item.mirrored, depth);
+      if (depth < modules::kMaxNesting) {
+        own.transform = platform::Then(item.plane, own.transform);
+        WalkInsertion(item.insertion, own, depth);
+      }
     } else {
-      if (item.mirrored) own.transform = platform::Then({-1, 0, 0, 1, 0, 0}, own.transform);
+      own.transform = platform::Then(item.plane, own.transform);
       Show(item, own);
     }
   }
 }
 
-void Painter::WalkInsertion(const Insertion& insertion, const Outer& outer, bool mirrored, std::uint32_t depth) {
+void Painter::WalkInsertion(const Insertion& insertion, const Outer& outer, std::uint32_t depth) {
   const auto block = drawing_.blocks.find(insertion.block);
   if (block == drawing_.blocks.end() || block->second.items.empty()) return;
   const double angle = insertion.angle * std::numbers::pi / 180;
@@ -147,9 +162,7 @@ void Painter::WalkInsertion(const Insertion& insertion, const Outer& outer, bool
                                       column * insertion.columnStep - base.x * insertion.scaleX,
                                       row * insertion.rowStep - base.y * insertion.scaleY};
       Outer inner = outer;
-      inner.transform = platform::Then(scale, turn);
-      if (mirrored) inner.transform = platform::Then(inner.transform, {-1, 0, 0, 1, 0, 0});
-      inner.transform = platform::Then(inner.transform, outer.transform);
+      inner.transform = platform::Then(platform::Then(scale, turn), outer.transform);
       Walk(block->second.items, inner, depth + 1);
     }
   }
@@ -166,19 +179,32 @@ void Painter::Show(const Item& item, const Outer& outer) {
   }
   for (const Line& line : item.lines) points_ += line.size();
   if (measuring_) {
-    for (const Line& line : item.lines) {
-      for (const Place place : line) bounds_.Add(Moved(outer.transform, place));
-    }
-  } else if (item.kind == Item::Kind::kLines) {
+    Measure(item, outer.transform);
+  } else if (item.kind == Item::Kind::kHatch && !item.hatch.empty()) {
+    Hatch(item, outer);
+  } else if (item.kind <= Item::Kind::kEndless) {
     Stroke(item, outer);
   } else {
     Area(item, outer);
   }
 }
 
+void Painter::Measure(const Item& item, const platform::Transform& transform) {
+  const double half = item.width / 2 * ScaleOf(transform);
+  for (const Line& line : item.lines) {
+    for (const Place place : line) {
+      const Place moved = Moved(transform, place);
+      bounds_.Add({moved.x - half, moved.y - half});
+      bounds_.Add({moved.x + half, moved.y + half});
+      // What has no end begins at least within the picture.
+      if (item.kind != Item::Kind::kLines && item.kind <= Item::Kind::kEndless) break;
+    }
+  }
+}
+
 void Painter::MeasureText(const TextLook& text, const platform::Transform& transform) {
   if (text.text.empty()) return;
-  const double length = static_cast<double>(Wide(text.text).size()) * text.height * kMeanOfHeight * text.stretch;
+  const double length = TextLength(Wide(text.text)) * text.height / kCapitalOfEm * text.stretch;
   const double left = -length * text.column / 2;
   const double foot = text.row == 2 ? -text.height / 2 : text.row == 3 ? -text.height : 0;
   const double c = std::cos(text.angle);
@@ -192,9 +218,9 @@ void Painter::MeasureText(const TextLook& text, const platform::Transform& trans
 }
 
 std::vector<std::uint32_t> Painter::DashesOf(const Item& item, const Outer& outer) const {
-  std::string name = item.look.lineType;
-  const auto isOuter = [&] { return name.empty() || name == "BYLAYER" || name == "ByLayer" || name == "BYBLOCK"; };
-  if (const Layer* layer = LayerOf(outer.layer); isOuter() && layer != nullptr) name = layer->look.lineType;
+  std::string name = NameKey(item.look.lineType);
+  const bool isOuter = name.empty() || name == "BYLAYER" || name == "BYBLOCK";
+  if (const Layer* layer = LayerOf(outer.layer); isOuter && layer != nullptr) name = NameKey(layer->look.lineType);
   const auto found = drawing_.lineTypes.find(name);
   std::vector<std::uint32_t> dashes;
   if (found == drawing_.lineTypes.end()) return dashes;
@@ -211,29 +237,55 @@ std::vector<std::uint32_t> Painter::DashesOf(const Item& item, const Outer& oute
   return dashes;
 }
 
+void Painter::DrawLine(const Line& line, const platform::Transform& transform) {
+  std::vector<platform::Point> points;
+  for (const Place place : line) points.push_back(ToDevice(transform, place));
+  recorder_.Polyline(points);
+}
+
+// Past the picture in the directions in which it has no end.
+Line Painter::Lengthened(const Item& item, const platform::Transform& transform) const {
+  const Place from = Moved(transform, item.lines[0][0]);
+  const Place to = Moved(transform, item.lines[0][1]);
+  const double length = std::hypot(to.x - from.x, to.y - from.y);
+  const double reach = std::hypot(bounds_.right - bounds_.left, bounds_.top - bounds_.bottom) +
+                       std::hypot(from.x - bounds_.left, from.y - bounds_.bottom);
+  if (!(length > 0)) return {};
+  const double x = (to.x - from.x) / length * reach;
+  const double y = (to.y - from.y) / length * reach;
+  const Place back = item.kind == Item::Kind::kEndless ? Place{from.x - x, from.y - y} : from;
+  return {back, {from.x + x, from.y + y}};
+}
+
 void Painter::Stroke(const Item& item, const Outer& outer) {
-  const auto width = static_cast<std::uint32_t>(std::clamp(outer.weight / kWeightOfPixel, 1.0, 16.0) * kScale);
+  const double own = item.width * ScaleOf(outer.transform) * perUnit_;
+  const double seen = std::clamp(outer.weight / kWeightOfPixel, 1.0, 16.0) * kScale;
+  const auto width = static_cast<std::uint32_t>(std::clamp(own > seen ? own : seen, 1.0, kMaxPen));
   const std::vector<std::uint32_t> dashes = DashesOf(item, outer);
-  const std::uint32_t style =
-      platform::kPenGeometric | (dashes.empty() ? platform::kPenSolid : platform::kPenUserStyle);
+  std::uint32_t style = platform::kPenGeometric | (dashes.empty() ? platform::kPenSolid : platform::kPenUserStyle);
+  if (item.width > 0) style |= platform::kPenCapFlat | platform::kPenJoinMiter;
   const std::uint32_t pen = recorder_.ExtCreatePen(style, width, outer.color, dashes);
   recorder_.SelectObject(pen);
   for (const Line& line : item.lines) {
     if (line.size() < 2) continue;
-    std::vector<platform::Point> points;
-    for (const Place place : line) points.push_back(ToDevice(outer.transform, place));
-    recorder_.Polyline(points);
+    const bool closed = line.size() > 3 && line.front().x == line.back().x && line.front().y == line.back().y;
+    if (item.kind != Item::Kind::kLines) {
+      DrawLine(Lengthened(item, outer.transform), {});
+    } else if (item.width > 0 && closed) {
+      recorder_.BeginPath();
+      Outline(item, outer);
+      recorder_.EndPath();
+      recorder_.StrokePath();
+      break;
+    } else {
+      DrawLine(line, outer.transform);
+    }
   }
   recorder_.SelectObject(platform::kNullPen);
   recorder_.DeleteObject(pen);
 }
 
-void Painter::Area(const Item& item, const Outer& outer) {
-  const bool hatched = item.kind == Item::Kind::kHatch;
-  const std::uint32_t brush = recorder_.CreateBrush(hatched ? platform::kBrushHatched : platform::kBrushSolid,
-                                                    outer.color, platform::kHatchBackward);
-  recorder_.SelectObject(brush);
-  recorder_.BeginPath();
+void Painter::Outline(const Item& item, const Outer& outer) {
   for (const Line& line : item.lines) {
     if (line.size() < 3) continue;
     std::vector<platform::Point> points;
@@ -242,10 +294,62 @@ void Painter::Area(const Item& item, const Outer& outer) {
     recorder_.PolylineTo(std::span(points).subspan(1));
     recorder_.CloseFigure();
   }
+}
+
+void Painter::Surface(const Item& item, const Outer& outer, std::uint32_t brush) {
+  recorder_.SelectObject(brush);
+  recorder_.BeginPath();
+  Outline(item, outer);
   recorder_.EndPath();
   recorder_.FillPath();
   recorder_.SelectObject(platform::kNullBrush);
   recorder_.DeleteObject(brush);
+}
+
+void Painter::Area(const Item& item, const Outer& outer) {
+  const bool hatched = item.kind == Item::Kind::kHatch;
+  Surface(item, outer,
+          recorder_.CreateBrush(hatched ? platform::kBrushHatched : platform::kBrushSolid, outer.color,
+                                platform::kHatchBackward));
+}
+
+void Painter::Hatch(const Item& item, const Outer& outer) {
+  Bounds box;
+  for (const Line& line : item.lines) {
+    for (const Place place : line) box.Add(place);
+  }
+  if (!box.Any()) return;
+  const double unit = ScaleOf(outer.transform) * perUnit_;
+  std::vector<Line> strokes;
+  for (const HatchFamily& family : item.hatch) {
+    const double across = std::abs(family.step.y * std::cos(family.angle) - family.step.x * std::sin(family.angle));
+    const auto lines = HatchStrokes(family, {box.left, box.bottom}, {box.right, box.top}, kMaxStrokes);
+    if (lines.empty() || across * unit < 2 * kScale) {
+      // Too dense for lines: as much colour as the lines would leave on the paper.
+      const double share = std::clamp(kScale / std::max(across * unit, 1.0), 0.25, 0.75);
+      const auto part = [&](int shift) {
+        return static_cast<std::uint32_t>(std::lround(255 - (255.0 - (outer.color >> shift & 255U)) * share));
+      };
+      Surface(item, outer,
+              recorder_.CreateBrush(platform::kBrushSolid, platform::ColorRef(part(0), part(8), part(16))));
+    } else {
+      strokes.insert(strokes.end(), lines.begin(), lines.end());
+    }
+  }
+  points_ += strokes.size() * 2;
+  if (strokes.empty() || points_ > kMaxPoints) return;
+  const std::uint32_t pen =
+      recorder_.ExtCreatePen(platform::kPenGeometric, static_cast<std::uint32_t>(kScale), outer.color);
+  recorder_.SelectObject(pen);
+  recorder_.SaveDc();
+  recorder_.BeginPath();
+  Outline(item, outer);
+  recorder_.EndPath();
+  recorder_.SelectClipPath(platform::kRegionAnd);
+  for (const Line& line : strokes) DrawLine(line, outer.transform);
+  recorder_.RestoreDc();
+  recorder_.SelectObject(platform::kNullPen);
+  recorder_.DeleteObject(pen);
 }
 
 void Painter::ShowText(const Item& item, const Outer& outer) {
@@ -259,7 +363,14 @@ void Painter::ShowText(const Item& item, const Outer& outer) {
   font.height = -static_cast<std::int32_t>(std::lround(height / kCapitalOfEm));
   font.escapement = static_cast<std::int32_t>(
       std::lround(std::atan2(t.m12 * c + t.m22 * s, t.m11 * c + t.m21 * s) * 1800 / std::numbers::pi));
-  font.face = u"Arial";
+  const double along = std::hypot(t.m11 * c + t.m21 * s, t.m12 * c + t.m22 * s) * perUnit_ * text.height;
+  const double stretch = along / height * text.stretch;
+  if (std::abs(stretch - 1) > 0.01 && std::isfinite(stretch)) {
+    font.width = std::clamp(static_cast<std::int32_t>(std::lround(-font.height * kMeanLetterOfEm * stretch)), 1, 65535);
+  }
+  font.face = text.face.name;
+  font.weight = text.face.bold ? 700 : 400;
+  font.italic = text.face.italic;
   const std::uint32_t handle = recorder_.CreateFont(font);
   recorder_.SelectObject(handle);
   recorder_.SetTextColor(outer.color);
@@ -273,7 +384,8 @@ void Painter::ShowText(const Item& item, const Outer& outer) {
 }
 
 std::unique_ptr<platform::Metafile> Painter::Run() {
-  Walk(drawing_.items, {}, 0);
+  const std::vector<Item>& items = drawing_.items.empty() ? drawing_.sheet : drawing_.items;
+  Walk(items, {}, 0);
   if (!bounds_.Any()) return nullptr;
   const double width = bounds_.right - bounds_.left;
   const double height = bounds_.top - bounds_.bottom;
@@ -289,7 +401,7 @@ std::unique_ptr<platform::Metafile> Painter::Run() {
   measuring_ = false;
   items_ = 0;
   points_ = 0;
-  Walk(drawing_.items, {}, 0);
+  Walk(items, {}, 0);
   return std::unique_ptr<platform::Metafile>(recorder_.Close());
 }
 

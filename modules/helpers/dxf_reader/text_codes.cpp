@@ -1,6 +1,10 @@
 #include "modules/helpers/dxf_reader/text_codes.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <utility>
+
+#include "modules/helpers/dxf_reader/letters.h"
 
 namespace dxf {
 namespace {
@@ -119,6 +123,26 @@ std::vector<std::string> LinesOfMText(std::string_view text) {
   }
   for (std::string& line : lines) line = PlainText(line);
   return lines;
+}
+
+std::vector<std::string> Wrapped(const std::vector<std::string>& lines, double most) {
+  std::vector<std::string> wrapped;
+  for (const std::string& line : lines) {
+    std::string done;
+    std::size_t at = 0;
+    while (at < line.size()) {
+      const std::size_t end = std::min(line.find(' ', at + 1), line.size());
+      const std::string word = line.substr(at, end - at);
+      if (!done.empty() && TextLength(Wide(done + word)) > most) {
+        wrapped.push_back(std::exchange(done, word.substr(word[0] == ' ' ? 1 : 0)));
+      } else {
+        done += word;
+      }
+      at = end;
+    }
+    wrapped.push_back(done);
+  }
+  return wrapped;
 }
 
 std::u16string Wide(std::string_view text) {

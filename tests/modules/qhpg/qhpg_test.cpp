@@ -82,6 +82,11 @@ TEST_F(Qhpg, LinesCirclesAndArcs) {
       {"arc", "PU40,20;PD;AA30,20,90", 30, 30, 20, 20},
       {"arc by ways", "PU40,20;PD;AR-10,0,-90", 30, 10, 30, 30},
       {"arc through a point", "PU40,20;PD;AT30,30,20,20", 30, 30, 30, 10},
+      {"curve", "PU10,10;PD;BZ10,36,50,36,50,10", 30, 29, 30, 12},
+      {"curve by ways", "PU10,10;PD;BR0,26,40,26,40,0", 30, 29, 30, 12},
+      {"tick upwards", "PU30,20;TL14,14;XT", 30, 28, 38, 20},
+      {"tick to the right", "PU30,20;TL14;YT", 38, 20, 22, 20},
+      {"a line type is a default, the paper's corners aren't", "LT2,50;DF;SC0,72,0,72;PU10,20;PD50,20", 28, 20, 30, 24},
       {"edge", "PU10,10;EA20,30", 10, 20, 15, 20},
       {"edge of a wedge", "PU30,20;EW15,0,90", 30, 28, 35, 25},
       {"no pen", "PU10,20;PD20,20;PU;SP0;PU30,20;PD40,20", 15, 20, 35, 20},
@@ -139,6 +144,21 @@ TEST_F(Qhpg, LabelsStandOnTheirPlace) {
   EXPECT_GT(ink(Draw(big + "DI0,1;PU30,10;LBHH\x03"), 18, 30, 10, 25), 20);
   EXPECT_GT(ink(Draw(big + "PU10,5;CP0,1;LBHH\x03"), 10, 25, 26, 39), 20);
   EXPECT_EQ(ink(Draw("COSP2;PU10,10;PD50,10;PU"), 20, 40, 9, 12), ink(Draw("PU10,10;PD50,10;PU"), 20, 40, 9, 12));
+}
+
+TEST_F(Qhpg, SymbolsMarkEachPlace) {
+  const Loaded loaded = Draw("SI0.3,0.3;SMH;PU10,20;PA30,20;SM;PA50,20");
+  const auto inked = [&](int x) {
+    bool any = false;
+    for (int y = 14; y < 27; ++y) {
+      for (int dx = -4; dx <= 4; ++dx) any = any || Inked(loaded, x + dx, y);
+    }
+    return any;
+  };
+  EXPECT_TRUE(inked(10));
+  EXPECT_TRUE(inked(30));
+  EXPECT_FALSE(inked(20));
+  EXPECT_FALSE(inked(50));
 }
 
 TEST_F(Qhpg, PackedLinesAreRead) {

@@ -225,6 +225,59 @@ TEST_F(Qpct, PatternsOvalsPolygonsAndClips) {
   EXPECT_EQ(at(9, 32) >> 24, 0U);
 }
 
+TEST_F(Qpct, ColoredPatternsKeepTheirColors) {
+  Pict pict(8, 24);
+  pict.Do(0x0014).BigWord(2).Zeros(8).BigWord(0xFFFF).BigWord(0).BigWord(0);  // a colour
+  pict.Do(0x34).Box(0, 0, 8, 8);
+  // A tile of 9 x 2 pixels, its second row blue.
+  pict.Do(0x0014).BigWord(1).Zeros(8);
+  PixMap(pict, 9, 2, 10, 0, 8, 1);
+  pict.BigLong(0).BigWord(0).BigWord(1);
+  for (const std::uint32_t value : {0U, 0xFFFFU, 0U, 0U, 1U, 0U, 0U, 0xFFFFU}) pict.BigWord(value);
+  pict.Byte(2).Byte(0xF7).Byte(0).Byte(2).Byte(0xF7).Byte(1);
+  pict.Do(0x34).Box(0, 8, 8, 24);
+  pict.Do(0x0A).BigLong(0xFFFFFFFF).BigLong(0xFFFFFFFF).Do(0x34).Box(6, 0, 8, 4);  // and back
+  const Loaded loaded = Draw(pict.End());
+  const auto& page = loaded.PageAt(0);
+  EXPECT_EQ(PixelAt(page, 4, 4), kRed);
+  EXPECT_EQ(PixelAt(page, 2, 7), kBlack);
+  for (std::uint32_t y = 0; y < 6; ++y) EXPECT_EQ(PixelAt(page, 12, y), y % 2 == 0 ? kRed : 0xFF0000FF) << y;
+}
+
+TEST_F(Qpct, ARegionMasksItsPicture) {
+  Pict pict(2, 9);
+  pict.Do(0x99);
+  PixMap(pict, 9, 2, 10, 0, 8, 1);
+  FourColors(pict);
+  pict.Box(0, 0, 2, 9).Box(0, 0, 2, 9).BigWord(0);
+  // Columns 1 to 3 of the first row, 5 to 9 of the second.
+  pict.BigWord(10 + 2 * 16).Box(0, 1, 2, 9);
+  for (const std::uint32_t value : {0, 1, 3, 0x7FFF, 1, 1, 3, 5, 9, 0x7FFF, 2, 5, 9, 0x7FFF, 0x7FFF, 0}) {
+    pict.BigWord(value);
+  }
+  pict.Byte(2).Byte(0xF7).Byte(2).Byte(2).Byte(0xF7).Byte(2);
+  const Loaded loaded = Draw(pict.End());
+  const auto& page = loaded.PageAt(0);
+  for (std::uint32_t x = 0; x < 9; ++x) {
+    EXPECT_EQ(PixelAt(page, x, 0), x >= 1 && x < 3 ? kRed : 0U) << x;
+    EXPECT_EQ(PixelAt(page, x, 1), x >= 5 ? kRed : 0U) << x;
+  }
+}
+
+TEST_F(Qpct, PlainQuickTimeStandsBeforeItsImage) {
+  Pict pict(2, 9);
+  pict.Do(0x8201).BigLong(50).BigWord(0).Zeros(36).BigLong(0).Zeros(8);
+  pict.Do(0x98);
+  PixMap(pict, 9, 2, 10, 0, 8, 1);
+  FourColors(pict);
+  pict.Box(0, 0, 2, 9).Box(0, 0, 2, 9).BigWord(0);
+  pict.Byte(2).Byte(0xF7).Byte(2).Byte(2).Byte(0xF7).Byte(2);
+  const Loaded loaded = Load(pict.End());
+  ASSERT_EQ(loaded.result, glib::RCOK) << loaded.message;
+  EXPECT_EQ(loaded.PageAt(0).bits, 8);
+  EXPECT_EQ(PixelAt(loaded.PageAt(0), 4, 1), kRed);
+}
+
 TEST_F(Qpct, TextIsDrawn) {
   Pict pict(40, 60);
   pict.Do(0x0D).BigWord(24);
