@@ -53,6 +53,9 @@ function(zefa_module name)
   target_link_libraries(${name}_front PRIVATE zefa_options libzefa)
   set_target_properties(${name}_front PROPERTIES OUTPUT_NAME ${name})
   zefa_place_loaded_object(${name}_front "")
+  if(NOT ZEFA_SANITIZE)
+    target_link_options(${name}_front PRIVATE -nostartfiles)  # it has nothing to construct
+  endif()
   add_dependencies(${name} ${name}_front)
 endfunction()
 

@@ -47,7 +47,10 @@ void KeepFreedMemory() {
 #endif
 }
 
-void DebugMessage(const char* text) { syslog(LOG_USER | LOG_DEBUG, "%s", text); }
+void DebugMessage(const char* text) {
+  // Without a listener the call would still read the time zone and open a socket.
+  if (access(_PATH_LOG, W_OK) == 0) syslog(LOG_USER | LOG_DEBUG, "%s", text);
+}
 
 void ErrorMessage(const char* text) { std::fprintf(stderr, "%s\n", text); }
 
