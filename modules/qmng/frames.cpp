@@ -28,7 +28,7 @@ struct Chunk {
   Bytes whole;  // with length, name and checksum
 };
 
-// All chunks up to the first that is cut.
+// All chunks up to the end of the animation or the first that is cut. What stands behind the end can be of any length.
 std::vector<Chunk> ReadChunks(Bytes file) {
   std::vector<Chunk> chunks;
   modules::ByteReader in(file);
@@ -39,6 +39,7 @@ std::vector<Chunk> ReadChunks(Bytes file) {
     const std::uint32_t name = in.BigLong();
     const Bytes data = in.Take(length);
     in.Skip(4);
+    if (name == Name("MEND") || name == 0) break;
     // A cut picture may still have rows.
     chunks.push_back({name, data, file.subspan(begin, in.Position() - begin)});
   }

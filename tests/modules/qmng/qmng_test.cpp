@@ -141,6 +141,12 @@ TEST_F(Qmng, FramesArePagesWithTheirDelays) {
   EXPECT_EQ(PixelAt(loaded.PageAt(2), 0, 0), 0x80616263U);
 }
 
+TEST_F(Qmng, NothingIsPlayedBehindTheEnd) {
+  const std::string zeros(40, '\0');
+  EXPECT_EQ(host_.Load(Mng(Colours("abcdef"sv) + Chunk("MEND", "") + Colours("ghijkl"sv)), kMngId).PageCount(), 1U);
+  EXPECT_EQ(host_.Load(Mng(Colours("abcdef"sv) + zeros + Colours("ghijkl"sv)), kMngId).PageCount(), 1U);
+}
+
 TEST_F(Qmng, LoopsPlayAsOftenAsTheyEnd) {
   const std::string frame = Colours("abcdef"sv);
   const struct {
