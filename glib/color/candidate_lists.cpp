@@ -22,6 +22,8 @@ struct Rivals {
   std::size_t count;
 };
 
+constexpr std::int32_t kFarthest = std::numeric_limits<std::int32_t>::max();
+
 }  // namespace
 }  // namespace glib
 #endif  // GLIB_COLOR_CANDIDATE_LISTS_CPP_ONCE_
@@ -38,7 +40,7 @@ void FindRivals(const CandidateLists::Columns& entries, const CandidateLists::Cu
   const std::size_t lanes = hn::Lanes(d);
   // First those not farther from the nearest corner than some entry is from the farthest.
   HWY_ALIGN std::int32_t nearest[CandidateLists::Columns::kCapacity];
-  V bound = hn::Set(d, std::numeric_limits<std::int32_t>::max());
+  V bound = hn::Set(d, kFarthest);
   for (std::size_t i = 0; i < entries.count; i += lanes) {
     V near = hn::Zero(d);
     V far = hn::Zero(d);
@@ -69,6 +71,50 @@ void FindRivals(const CandidateLists::Columns& entries, const CandidateLists::Cu
   rivals.count = count;
 }
 
+// Drops entries that another one beats everywhere in the cube, until `enough` are left or as many as `rounds` have been
+// held against the rest: those nearest to the middle, which beat the most. The difference of two squared distances is
+// linear, so that one corner decides.
+void DropBeaten(const CandidateLists::Cube& cube, std::size_t enough, int rounds, Rivals& rivals) {
+  const hn::CappedTag<std::int32_t, 16> d;
+  using V = hn::Vec<decltype(d)>;
+  const std::size_t lanes = hn::Lanes(d);
+  HWY_ALIGN std::int32_t toMiddle[CandidateLists::Columns::kCapacity];  // squared, four times
+  for (std::size_t i = 0; i < rivals.count; i += lanes) {
+    V sum = hn::Zero(d);
+    for (std::size_t k = 0; k < 3; ++k) {
+      const V twice = hn::Sub(hn::Add(hn::Load(d, rivals.axes[k] + i), hn::Load(d, rivals.axes[k] + i)),
+                              hn::Set(d, cube.low[k] + cube.high[k]));
+      sum = hn::Add(sum, hn::Mul(twice, twice));
+    }
+    hn::Store(sum, d, toMiddle + i);
+  }
+  for (int round = 0; round < rounds && rivals.count > enough; ++round) {
+    const std::size_t best = static_cast<std::size_t>(std::min_element(toMiddle, toMiddle + rivals.count) - toMiddle);
+    if (toMiddle[best] == kFarthest) break;  // each has had its turn
+    toMiddle[best] = kFarthest;
+    std::int32_t winner[3];
+    for (std::size_t k = 0; k < 3; ++k) winner[k] = rivals.axes[k][best];
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < rivals.count; i += lanes) {
+      V most = hn::Zero(d);  // squared distance of the winner less that of the other, at the corner best for the other
+      for (std::size_t k = 0; k < 3; ++k) {
+        const V other = hn::Load(d, rivals.axes[k] + i);
+        const V own = hn::Set(d, winner[k]);
+        const V corner = hn::IfThenElse(hn::Gt(other, own), hn::Set(d, 2 * cube.high[k]), hn::Set(d, 2 * cube.low[k]));
+        most = hn::Add(most, hn::Mul(hn::Sub(own, other), hn::Sub(hn::Add(own, other), corner)));
+      }
+      const auto stays = hn::And(hn::Not(hn::Lt(most, hn::Zero(d))), hn::FirstN(d, rivals.count - i));
+      for (std::size_t k = 0; k < 3; ++k) {
+        hn::StoreU(hn::Compress(hn::Load(d, rivals.axes[k] + i), stays), d, rivals.axes[k] + count);
+      }
+      hn::StoreU(hn::Compress(hn::Load(d, rivals.numbers + i), stays), d, rivals.numbers + count);
+      hn::StoreU(hn::Compress(hn::Load(d, toMiddle + i), stays), d, toMiddle + count);
+      count += hn::CountTrue(d, stays);
+    }
+    rivals.count = count;
+  }
+}
+
 }  // namespace HWY_NAMESPACE
 }  // namespace glib
 HWY_AFTER_NAMESPACE();
@@ -77,46 +123,11 @@ HWY_AFTER_NAMESPACE();
 namespace glib {
 
 HWY_EXPORT(FindRivals);
+HWY_EXPORT(DropBeaten);
 
 namespace {
 
 constexpr std::int32_t kNowhere = 15000;  // 3 x 15000 squared fits 32 bits
-
-Place PlaceAt(const Rivals& rivals, std::size_t i) {
-  return {static_cast<std::int16_t>(rivals.axes[0][i]), static_cast<std::int16_t>(rivals.axes[1][i]),
-          static_cast<std::int16_t>(rivals.axes[2][i])};
-}
-
-// Drops entries that the one nearest to the middle beats everywhere in the cube. The difference of two squared
-// distances is linear, so that one corner decides.
-void DropBeaten(const CandidateLists::Cube& cube, Rivals& rivals) {
-  std::size_t best = 0;
-  std::int32_t least = std::numeric_limits<std::int32_t>::max();
-  for (std::size_t i = 0; i < rivals.count; ++i) {
-    std::int32_t toMiddle = 0;
-    for (std::size_t k = 0; k < 3; ++k) {
-      const std::int32_t twice = 2 * rivals.axes[k][i] - cube.low[k] - cube.high[k];
-      toMiddle += twice * twice;
-    }
-    if (toMiddle >= least) continue;
-    least = toMiddle;
-    best = i;
-  }
-  const Place winner = PlaceAt(rivals, best);
-  std::size_t count = 0;
-  for (std::size_t i = 0; i < rivals.count; ++i) {
-    const Place other = PlaceAt(rivals, i);
-    std::int32_t most = 0;  // squared distance of the winner less that of the other, at the corner best for the other
-    for (std::size_t k = 0; k < 3; ++k) {
-      const std::int32_t corner = other[k] > winner[k] ? cube.high[k] : cube.low[k];
-      most += (winner[k] - other[k]) * (winner[k] + other[k] - 2 * corner);
-    }
-    for (std::size_t k = 0; k < 3; ++k) rivals.axes[k][count] = other[k];
-    rivals.numbers[count] = rivals.numbers[i];
-    count += most < 0 ? 0 : 1;
-  }
-  rivals.count = count;
-}
 
 std::size_t Padded(std::size_t count) {
   constexpr std::size_t kAlign = 16;
@@ -135,6 +146,19 @@ std::uint32_t StoreColumns(const Rivals& rivals, std::vector<std::int32_t>& pool
   return static_cast<std::uint32_t>(first);
 }
 
+// The factor by which levels become places of an axis, or 0.
+std::int32_t ScaleOf(const ColorSpace& space, std::size_t channel) {
+  constexpr std::int32_t kOne = 1 << CandidateLists::kScaleBits;
+  std::int32_t least = 0;
+  std::int32_t most = std::numeric_limits<std::int32_t>::max() / 256;
+  for (std::int32_t level = 1; level < 256; ++level) {
+    const std::int32_t first = space.Axis(channel, static_cast<std::size_t>(level) * 16) * kOne - kOne / 2;
+    least = std::max(least, (first + level - 1) / level);
+    most = std::min(most, (first + kOne - 1) / level);
+  }
+  return least <= most && space.Axis(channel, 0) == 0 ? least : 0;
+}
+
 }  // namespace
 
 CandidateLists::CandidateLists(std::span<const std::uint32_t> colors, std::uint32_t firstIndex, ColorMeasure measure)
@@ -147,6 +171,8 @@ CandidateLists::CandidateLists(std::span<const std::uint32_t> colors, std::uint3
     green_[level] = PairOf(0, place[1]);
     blue_[level] = place[2];
   }
+  for (std::size_t k = 0; k < 3; ++k) axisScales_[k] = ScaleOf(space, k);
+  if (axisScales_[0] == 0 || axisScales_[1] == 0 || axisScales_[2] == 0) axisScales_ = {};
   Rivals all;
   all.count = colors.size();
   for (std::size_t i = 0; i < colors.size(); ++i) {
@@ -192,7 +218,7 @@ CandidateLists::Columns CandidateLists::CoarseList(std::uint32_t cube, unsigned 
     const Cube corners = CornersOf(cube, bits);
     Rivals rivals;
     HWY_DYNAMIC_DISPATCH(FindRivals)(CoarseList(around, bits - 1), corners, rivals);
-    DropBeaten(corners, rivals);
+    HWY_DYNAMIC_DISPATCH(DropBeaten)(corners, 1, 1, rivals);
     stored = {StoreColumns(rivals, pool_), static_cast<std::uint32_t>(rivals.count)};
   }
   return ColumnsOf(stored);
@@ -204,7 +230,10 @@ void CandidateLists::MakeList(std::uint32_t cube) {
   Rivals rivals;
   HWY_DYNAMIC_DISPATCH(FindRivals)(CoarseList(around, kBits - 1), corners, rivals);
   constexpr std::size_t kSize = CandidateGroup::kSize;
-  if (rivals.count > kSize) DropBeaten(corners, rivals);  // a group is looked at as a whole
+  // A group is looked at as a whole, and a second one costs more than all that is done here once: against the one entry
+  // nearest to the middle 62 % of the pixels of photographs had one group, against four 78 %, against all 79 %.
+  constexpr int kRounds = 4;
+  HWY_DYNAMIC_DISPATCH(DropBeaten)(corners, kSize, kRounds, rivals);
   const std::size_t first = groups_.size();
   const std::size_t count = (rivals.count + kSize - 1) / kSize;
   groups_.resize(first + count);

@@ -26,14 +26,27 @@ class CandidateLists {
   };
   List ListOf(std::uint32_t color) {
     const std::uint32_t cube = CubeOf(color);
-    if (lists_[cube] == 0) MakeList(cube);
-    return {lists_[cube] >> kCountBits, lists_[cube] & ((1U << kCountBits) - 1)};
+    Prepare(cube);
+    return ListIn(lists_.data(), cube);
   }
   const CandidateGroup* Groups() const { return groups_.data(); }
 
   // The place of a colour as the search takes it.
   std::int32_t RedGreen(std::uint32_t color) const { return red_[color >> 16 & 255U] | green_[color >> 8 & 255U]; }
   std::int32_t Blue(std::uint32_t color) const { return blue_[color & 255U]; }
+
+  // For searches that work out cubes and places for many colours at once: a cube is the upper five bits of red, green
+  // and blue, and an axis is (level x scale + 2048) / 4096, if there are such scales for all three (otherwise they are
+  // 0). After Prepare of all cubes that are wanted, ListIn gives their lists.
+  void Prepare(std::uint32_t cube) {
+    if (lists_[cube] == 0) MakeList(cube);
+  }
+  const std::uint32_t* Lists() const { return lists_.data(); }
+  static List ListIn(const std::uint32_t* lists, std::uint32_t cube) {
+    return {lists[cube] >> kCountBits, lists[cube] & ((1U << kCountBits) - 1)};
+  }
+  static constexpr unsigned kScaleBits = 12;
+  const std::array<std::int32_t, 3>& AxisScales() const { return axisScales_; }
 
   // A cube of colours, as the places of its corners.
   struct Cube {
@@ -72,6 +85,7 @@ class CandidateLists {
   std::array<std::int32_t, 256> red_;
   std::array<std::int32_t, 256> green_;
   std::array<std::int32_t, 256> blue_;
+  std::array<std::int32_t, 3> axisScales_;
   std::vector<CandidateGroup> entries_;                            // all of them
   Stored all_;                                                     // the same as columns
   std::array<std::vector<Stored>, kBits - kCoarsestBits> coarse_;  // of 3 and 4 bits a channel

@@ -19,10 +19,12 @@ namespace {
 
 constexpr std::size_t kBins = 32;
 
-// Count and sums of places of some cells. Counts are scaled down so that the sums of all cells together fit: 1.3
+// Sums of places and count of some cells. Counts are scaled down so that the sums of all cells together fit: 1.3
 // million x 1300.
 struct alignas(16) Moments {
   std::int32_t lane[4];
+
+  std::int32_t Count() const { return lane[3]; }
 
   void Add(const Moments& other) {
     for (std::size_t k = 0; k < 4; ++k) lane[k] += other.lane[k];
@@ -33,8 +35,8 @@ struct alignas(16) Moments {
   // Squared length of the sum over the count: what the squared error falls by when this is a group of its own.
   double Energy() const {
     double squares = 0;
-    for (std::size_t k = 1; k < 4; ++k) squares += static_cast<double>(lane[k]) * lane[k];
-    return lane[0] == 0 ? 0 : squares / lane[0];
+    for (std::size_t k = 0; k < 3; ++k) squares += static_cast<double>(lane[k]) * lane[k];
+    return Count() == 0 ? 0 : squares / Count();
   }
 };
 
@@ -45,13 +47,19 @@ struct alignas(16) SplitCell {
   std::uint32_t number;   // in the list that is split
 };
 
-struct Box {
-  std::size_t begin;
-  std::size_t end;
-  double error;  // sum of the squared distances to the mean
+// What is known of the cells of a box.
+struct Extent {
   Moments moments;
+  std::int64_t squares;  // sum of the squared lengths of their places
   std::array<std::int16_t, 4> low;
   std::array<std::int16_t, 4> high;
+};
+
+struct Box : Extent {
+  std::size_t begin;
+  std::size_t end;
+  std::size_t side;  // which of the two arrays holds its cells
+  double error;      // sum of the squared distances to the mean
 
   bool CanBeSplit() const { return low != high; }
 };
@@ -81,7 +89,47 @@ void FillBins(const SplitCell* cells, const Box& box, const Scale& scale, Bins& 
   }
 }
 
+void MeasureExtent(const SplitCell* cells, std::size_t count, Extent& extent) {
+  extent = {};
+  std::memcpy(extent.low.data(), cells[0].place, sizeof(extent.low));
+  extent.high = extent.low;
+  for (std::size_t i = 0; i < count; ++i) {
+    extent.moments.Add(cells[i].moments);
+    for (std::size_t k = 0; k < 3; ++k) {
+      extent.squares += std::int64_t{cells[i].moments.lane[k]} * cells[i].place[k];
+      extent.low[k] = std::min(extent.low[k], cells[i].place[k]);
+      extent.high[k] = std::max(extent.high[k], cells[i].place[k]);
+    }
+  }
+}
+
 #else
+
+void MeasureExtent(const SplitCell* cells, std::size_t count, Extent& extent) {
+  const hn::FixedTag<std::int32_t, 4> d;
+  const hn::FixedTag<std::int16_t, 4> dPlace;
+  const hn::FixedTag<std::int64_t, 2> dWide;
+  auto low = hn::LoadU(dPlace, cells[0].place);
+  auto high = low;
+  auto moments = hn::Zero(d);
+  auto squares = hn::Zero(dWide);
+  for (std::size_t i = 0; i < count; ++i) {
+    const auto place = hn::LoadU(dPlace, cells[i].place);
+    low = hn::Min(low, place);
+    high = hn::Max(high, place);
+    const auto own = hn::Load(d, cells[i].moments.lane);
+    moments = hn::Add(moments, own);
+    const auto wide = hn::PromoteTo(d, place);  // the fourth lane is 0
+    squares = hn::Add(squares, hn::MulEven(own, wide));
+    squares = hn::Add(squares, hn::MulEven(hn::Shuffle2301(own), hn::Shuffle2301(wide)));
+  }
+  hn::Store(moments, d, extent.moments.lane);
+  hn::StoreU(low, dPlace, extent.low.data());
+  hn::StoreU(high, dPlace, extent.high.data());
+  alignas(16) std::int64_t sums[2];
+  hn::Store(squares, dWide, sums);
+  extent.squares = sums[0] + sums[1];
+}
 
 void FillBins(const SplitCell* cells, const Box& box, const Scale& scale, Bins& bins) {
   const hn::FixedTag<std::int32_t, 4> d;
@@ -110,24 +158,17 @@ HWY_AFTER_NAMESPACE();
 namespace glib {
 
 HWY_EXPORT(FillBins);
+HWY_EXPORT(MeasureExtent);
 
 namespace {
 
-Box Measure(const std::vector<SplitCell>& cells, std::size_t begin, std::size_t end) {
-  Box box{begin, end, 0, {}, {}, {}};
-  std::memcpy(box.low.data(), cells[begin].place, sizeof(box.low));
-  box.high = box.low;
-  std::int64_t squares = 0;
-  for (std::size_t i = begin; i < end; ++i) {
-    const SplitCell& cell = cells[i];
-    box.moments.Add(cell.moments);
-    for (std::size_t k = 0; k < 3; ++k) {
-      squares += std::int64_t{cell.moments.lane[k + 1]} * cell.place[k];
-      box.low[k] = std::min(box.low[k], cell.place[k]);
-      box.high[k] = std::max(box.high[k], cell.place[k]);
-    }
-  }
-  if (box.CanBeSplit()) box.error = std::max(0.0, static_cast<double>(squares) - box.moments.Energy());
+Box Measure(const std::vector<SplitCell>& cells, std::size_t side, std::size_t begin, std::size_t end) {
+  Box box{};
+  HWY_DYNAMIC_DISPATCH(MeasureExtent)(cells.data() + begin, end - begin, box);
+  box.begin = begin;
+  box.end = end;
+  box.side = side;
+  if (box.CanBeSplit()) box.error = std::max(0.0, static_cast<double>(box.squares) - box.moments.Energy());
   return box;
 }
 
@@ -145,11 +186,11 @@ Cut BestCut(const std::vector<SplitCell>& cells, const Box& box, const Scale& sc
   for (std::size_t k = 0; k < 3; ++k) {
     Moments lower{};
     for (std::size_t bin = 0; bin + 1 < kBins; ++bin) {
-      if (bins[k][bin].lane[0] == 0) continue;
+      if (bins[k][bin].Count() == 0) continue;
       lower.Add(bins[k][bin]);
       Moments upper = box.moments;
       upper.Subtract(lower);
-      if (upper.lane[0] == 0) break;
+      if (upper.Count() == 0) break;
       const double energy = lower.Energy() + upper.Energy();
       if (energy <= most) continue;
       most = energy;
@@ -165,23 +206,20 @@ Scale ScaleOf(const Box& box) {
   return scale;
 }
 
-// Puts the lower part of a box before the upper and gives where that begins. Each cell is written to both sides, of
-// which one counts: a branch would be guessed wrong half of the time.
-std::size_t Partition(std::vector<SplitCell>& cells, const Box& box, const Scale& scale, const Cut& cut,
-                      std::vector<SplitCell>& scratch) {
+// Moves a box to the other array, the lower part before the upper, and gives where that begins. Each cell is written to
+// both ends, of which one counts: a branch would be guessed wrong half of the time.
+std::size_t Partition(const std::vector<SplitCell>& cells, const Box& box, const Scale& scale, const Cut& cut,
+                      std::vector<SplitCell>& moved) {
   std::size_t lower = box.begin;
   std::size_t upper = box.end - 1;
   for (std::size_t i = box.begin; i < box.end; ++i) {
     const SplitCell cell = cells[i];
     const std::size_t isLower = BinOf(cell, box, scale, cut.axis) <= cut.bin ? 1 : 0;
-    scratch[lower] = cell;
-    scratch[upper] = cell;
+    moved[lower] = cell;
+    moved[upper] = cell;
     lower += isLower;
     upper -= 1 - isLower;
   }
-  std::copy(scratch.begin() + static_cast<std::ptrdiff_t>(box.begin),
-            scratch.begin() + static_cast<std::ptrdiff_t>(box.end),
-            cells.begin() + static_cast<std::ptrdiff_t>(box.begin));
   return lower;
 }
 
@@ -194,11 +232,11 @@ std::vector<SplitCell> SplitCellsOf(std::span<const ColorCell> cells) {
   for (std::size_t i = 0; i < cells.size(); ++i) {
     const auto count = static_cast<std::int32_t>(std::max(cells[i].count >> shift, 1U));
     result[i].number = static_cast<std::uint32_t>(i);
-    result[i].moments.lane[0] = count;
+    result[i].moments.lane[3] = count;
     result[i].place[3] = 0;
     for (std::size_t k = 0; k < 3; ++k) {
       result[i].place[k] = cells[i].place[k];
-      result[i].moments.lane[k + 1] = count * cells[i].place[k];
+      result[i].moments.lane[k] = count * cells[i].place[k];
     }
   }
   return result;
@@ -207,10 +245,9 @@ std::vector<SplitCell> SplitCellsOf(std::span<const ColorCell> cells) {
 }  // namespace
 
 std::vector<ColorGroup> SplitCells(std::span<const ColorCell> cells, std::size_t wanted) {
-  std::vector<SplitCell> parts = SplitCellsOf(cells);
-  std::vector<SplitCell> scratch(parts.size());
+  std::array<std::vector<SplitCell>, 2> sides = {SplitCellsOf(cells), std::vector<SplitCell>(cells.size())};
   std::vector<Box> boxes;  // a heap with the largest error on top
-  if (!parts.empty()) boxes.push_back(Measure(parts, 0, parts.size()));
+  if (!cells.empty()) boxes.push_back(Measure(sides[0], 0, 0, cells.size()));
   const auto less = [](const Box& a, const Box& b) {
     return a.error != b.error ? a.error < b.error : a.begin > b.begin;
   };
@@ -218,17 +255,18 @@ std::vector<ColorGroup> SplitCells(std::span<const ColorCell> cells, std::size_t
     std::pop_heap(boxes.begin(), boxes.end(), less);
     const Box box = boxes.back();
     const Scale scale = ScaleOf(box);
-    const Cut cut = BestCut(parts, box, scale);
-    const std::size_t half = Partition(parts, box, scale, cut, scratch);
-    boxes.back() = Measure(parts, box.begin, half);
+    const Cut cut = BestCut(sides[box.side], box, scale);
+    const std::size_t other = 1 - box.side;
+    const std::size_t half = Partition(sides[box.side], box, scale, cut, sides[other]);
+    boxes.back() = Measure(sides[other], other, box.begin, half);
     std::push_heap(boxes.begin(), boxes.end(), less);
-    boxes.push_back(Measure(parts, half, box.end));
+    boxes.push_back(Measure(sides[other], other, half, box.end));
     std::push_heap(boxes.begin(), boxes.end(), less);
   }
   std::vector<ColorGroup> groups;
   for (const Box& box : boxes) {
     ColorGroup& group = groups.emplace_back();
-    for (std::size_t i = box.begin; i < box.end; ++i) group.Add(cells[parts[i].number]);
+    for (std::size_t i = box.begin; i < box.end; ++i) group.Add(cells[sides[box.side][i].number]);
   }
   return groups;
 }

@@ -61,8 +61,9 @@ HWY_INLINE V KeysOf(CandidateTag d, const CandidateGroup& group, std::size_t i, 
   return hn::Add(hn::ShiftLeft<8>(dot), hn::Load(d, group.base + i));
 }
 
-HWY_INLINE std::uint8_t NearestOf(const CandidateGroup* groups, std::size_t count, std::int32_t redGreen,
-                                  std::int32_t blue) {
+// The least key of each lane.
+HWY_INLINE hn::Vec<CandidateTag> LeastKeys(const CandidateGroup* groups, std::size_t count, std::int32_t redGreen,
+                                           std::int32_t blue) {
   const CandidateTag d;
   const auto pair = hn::Set(d, redGreen);
   const auto single = hn::Set(d, blue);
@@ -75,7 +76,13 @@ HWY_INLINE std::uint8_t NearestOf(const CandidateGroup* groups, std::size_t coun
       best = hn::Min(best, KeysOf(d, groups[g], i, pair, single));
     }
   }
-  return static_cast<std::uint8_t>(hn::GetLane(hn::MinOfLanes(d, best)));
+  return best;
+}
+
+HWY_INLINE std::uint8_t NearestOf(const CandidateGroup* groups, std::size_t count, std::int32_t redGreen,
+                                  std::int32_t blue) {
+  return static_cast<std::uint8_t>(
+      hn::GetLane(hn::MinOfLanes(CandidateTag(), LeastKeys(groups, count, redGreen, blue))));
 }
 
 #endif

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <vector>
 
 #include "glib/module_api/result_values.h"
@@ -80,6 +81,15 @@ class MemorySink : public ByteSink {
   std::vector<std::uint8_t> bytes;
 };
 
+// The highest index in use, which is at most `last`: most often that one, and looking for a value is quicker than
+// comparing all.
+std::uint32_t HighestIndex(std::span<const std::uint8_t> indices, std::size_t last) {
+  if (std::memchr(indices.data(), static_cast<int>(last), indices.size()) != nullptr) {
+    return static_cast<std::uint32_t>(last);
+  }
+  return *std::max_element(indices.begin(), indices.end());
+}
+
 // The frames of one file. Pages are turned into indices one at a time.
 class FrameWriter {
  public:
@@ -113,7 +123,7 @@ class FrameWriter {
       const Disposal disposal = ShowsThrough(i) ? Disposal::kClear : Disposal::kKeep;
       WriteFrameHeader({pages_[i]->delay, pages_.size() > 1 ? disposal : Disposal::kNone, indexed_.Transparent(i)},
                        {0, 0, width, height}, settings_.interlaced, OwnTable(i), output_);
-      const std::uint32_t highest = *std::max_element(plane.begin(), plane.end());
+      const std::uint32_t highest = HighestIndex(plane, indexed_.Table(i).words.size() - 1);
       encoder_.Encode({plane.data(), width, width, height, settings_.interlaced}, CodeSizeFor(highest), output_);
     }
   }
