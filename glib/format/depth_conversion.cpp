@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "glib/color/quantize.h"
-#include "glib/format/depth_rows.h"
 #include "glib/format/metafile_pages.h"
 #include "glib/module_api/progress.h"
+#include "glib/pixel/depth_rows.h"
 #include "platform/pages.h"
 
 namespace glib {

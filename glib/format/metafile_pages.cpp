@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "glib/format/depth_rows.h"
+#include "glib/pixel/depth_rows.h"
 #include "platform/metafile/metafile.h"
 #include "platform/metafile/player.h"
 #include "platform/metafile/recorder.h"

@@ -79,6 +79,25 @@ TEST(ScaleTest, EqualsSlowFormAtTheEdgesOfTheRoutes) {
   }
 }
 
+// Positions far from 0 have fewer bits behind the point, and rows longer than some hundred pixels are summed in parts.
+TEST(ScaleTest, WideReductionsEqualSlowForm) {
+  std::mt19937 random(25);
+  struct Case {
+    std::int32_t sourceWidth, sourceHeight, width, height;
+  };
+  const Case cases[] = {
+      {1400, 40, 777, 31},   // boxes that overlap
+      {1400, 40, 1000, 31},  // and that leave gaps
+      {1300, 20, 1299, 19}, {1500, 33, 100, 7}, {1500, 30, 300, 6}, {1401, 30, 2, 4}, {700, 30, 3000, 20},
+  };
+  for (const Case& c : cases) {
+    for (const std::int32_t bits : {4, 24}) {
+      const RandomRaster source(random, c.sourceWidth, c.sourceHeight, bits);
+      ExpectScaled(source.View(), c.width, c.height, true);
+    }
+  }
+}
+
 TEST(ScaleTest, LargeTargetsEqualSlowForm) {
   std::mt19937 random(24);
   ExpectScaled(RandomRaster(random, 61, 43, 32).View(), 2500, 1700, false);
@@ -103,6 +122,16 @@ TEST(ScaleTest, FlatAreasStayFlat) {
       for (std::size_t i = 0; i < got.size; ++i)
         ASSERT_EQ(int{got.bytes.get()[i]}, i % 4 == 3 ? 255 : value) << width << " " << i;
     }
+  }
+}
+
+TEST(ScaleTest, BoxesOfMillionsOfPixelsStayWhite) {
+  const std::vector<std::uint8_t> pixels(std::size_t{6004} * 2000);
+  const std::vector<std::uint32_t> white(256, 0xFFFFFFFFU);
+  const RasterView source{pixels.data(), 6001, 2000, 8, white.data(), true};
+  for (const std::int32_t width : {1, 2}) {
+    const Block got = Scale(source, width, 1, true);
+    for (std::size_t i = 0; i < got.size; ++i) ASSERT_EQ(int{got.bytes.get()[i]}, 255) << width << " " << i;
   }
 }
 

@@ -1,7 +1,7 @@
 // Conversions of rows between depths; where there are two forms, the plain one stands first. Argument: pixels a row,
 // within the first cache and beyond the last.
 
-#include "glib/format/depth_rows.h"
+#include "glib/pixel/depth_rows.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,5 +1,5 @@
-#ifndef GLIB_FORMAT_DEPTH_ROWS_H_
-#define GLIB_FORMAT_DEPTH_ROWS_H_
+#ifndef GLIB_PIXEL_DEPTH_ROWS_H_
+#define GLIB_PIXEL_DEPTH_ROWS_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -29,4 +29,4 @@ void UnpackRow(std::uint8_t* target, const std::uint8_t* source, std::size_t cou
 
 }  // namespace glib
 
-#endif  // GLIB_FORMAT_DEPTH_ROWS_H_
+#endif  // GLIB_PIXEL_DEPTH_ROWS_H_

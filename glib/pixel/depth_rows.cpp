@@ -1,9 +1,9 @@
-#include "glib/format/depth_rows.h"
+#include "glib/pixel/depth_rows.h"
 
 #include <cstring>
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "glib/format/depth_rows.cpp"
+#define HWY_TARGET_INCLUDE "glib/pixel/depth_rows.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
 

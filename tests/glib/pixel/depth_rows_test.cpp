@@ -1,4 +1,4 @@
-#include "glib/format/depth_rows.h"
+#include "glib/pixel/depth_rows.h"
 
 #include <gtest/gtest.h>
 
