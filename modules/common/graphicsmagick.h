@@ -21,6 +21,9 @@ struct MagickOptions {
   bool greyIsIndexed = false;
   // Turns pictures as the orientation in their header says.
   bool applyOrientation = false;
+  // Of a file with several resolutions, the smallest one with at least these sides; 0: the coder's choice.
+  std::uint32_t wantedWidth = 0;
+  std::uint32_t wantedHeight = 0;
 };
 
 struct MagickSummary {

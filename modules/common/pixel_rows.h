@@ -23,6 +23,12 @@ void JoinFourPlain(const std::uint8_t* first, const std::uint8_t* second, const 
 void SwapOuterBytes(const std::uint8_t* from, std::size_t count, std::uint8_t* to);
 void SwapOuterBytesPlain(const std::uint8_t* from, std::size_t count, std::uint8_t* to);
 
+// Samples of 16 bits, in the processor's order of bytes or with the high one first, to bytes: divided by 257, rounded.
+void RoundWords(const std::uint8_t* words, std::size_t count, std::uint8_t* bytes);
+void RoundWordsPlain(const std::uint8_t* words, std::size_t count, std::uint8_t* bytes);
+void RoundBigWords(const std::uint8_t* words, std::size_t count, std::uint8_t* bytes);
+void RoundBigWordsPlain(const std::uint8_t* words, std::size_t count, std::uint8_t* bytes);
+
 }  // namespace modules
 
 #endif  // MODULES_COMMON_PIXEL_ROWS_H_

@@ -20,6 +20,7 @@ constexpr std::uint32_t Name(const char (&text)[5]) {
 constexpr std::size_t kRiffHead = 12;
 constexpr std::size_t kHeaderBytes = 36;
 constexpr std::uint32_t kIconFlag = 1;
+constexpr std::uint32_t kOrderFlag = 2;
 constexpr std::uint32_t kMaxDelay = 65535;  // a GIF can't hold more
 // The same frame may stand in any number of steps, so that their pixels have nothing to do with the file's length.
 constexpr std::uint64_t kMaxStepPixels = std::uint64_t{1} << 26;
@@ -80,7 +81,10 @@ modules::Verdict ReadAnimation(std::span<const std::uint8_t> file, Animation& an
   std::uint32_t stepCount = header.Long();
   header.Skip(16);  // size, depth and planes of frames that are not icons
   const std::uint32_t rate = header.Long();
-  animation.framesAreIcons = (header.Long() & kIconFlag) != 0;
+  const std::uint32_t flags = header.Long();
+  animation.framesAreIcons = (flags & kIconFlag) != 0;
+  animation.settled =
+      stepCount != 0 && ((flags & kOrderFlag) == 0 || chunks.order.size() >= std::size_t{4} * stepCount);
   if (stepCount == 0) stepCount = static_cast<std::uint32_t>(animation.frames.size());
   if (stepCount > modules::kMaxPages) return {glib::NSUP, "The animation has too many steps"};
 

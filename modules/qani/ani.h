@@ -20,6 +20,8 @@ struct Animation {
     std::uint32_t delay;  // hundredths of a second
   };
   std::vector<Step> steps;
+  // Whether bytes behind those that were read can't change the steps.
+  bool settled = false;
 };
 
 // The spans lie in `file`, which may be cut off anywhere behind the header.

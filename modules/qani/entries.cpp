@@ -12,37 +12,35 @@ namespace {
 
 constexpr std::uint32_t kAniId = 0x30000005;
 
-std::uint32_t InfoOf(const qani::IconSummary& icon, std::uint32_t pages, const char* path, std::uint32_t id,
-                     glib::FileInfo** info) {
-  *info = modules::NewFileInfo(path, id, static_cast<std::int32_t>(icon.width), static_cast<std::int32_t>(icon.height),
-                               static_cast<std::int32_t>(icon.bits), static_cast<std::int32_t>(pages), icon.dpiX,
-                               icon.dpiY);
-  return glib::RCOK;
+struct Told {
+  std::uint32_t result = glib::IERR;
+  qani::IconSummary icon;  // the first one
+  std::uint32_t pages = 0;
+};
+
+// Both answer whether more of the file would tell nothing else.
+
+bool TellOfIcons(std::span<const std::uint8_t> start, Told& told) {
+  told.result = qani::SummarizeIcon(start, told.icon).result;
+  told.pages = qani::CountOfIcons(start);
+  return told.result == glib::RCOK;
 }
 
-std::uint32_t InfoOfIcon(std::span<const std::uint8_t> file, const char* path, std::uint32_t id,
-                         glib::FileInfo** info) {
-  qani::IconSummary icon;
-  const modules::Verdict verdict = qani::SummarizeIcon(file, icon);
-  if (verdict.result != glib::RCOK) return verdict.result;
-  return InfoOf(icon, qani::CountOfIcons(file), path, id, info);
-}
-
-// The order of the steps may stand behind the frames, so that this one takes the whole file.
-std::uint32_t InfoOfAnimation(const char* path, std::uint32_t id, glib::FileInfo** info) {
-  const modules::Source file(path);
-  if (!file.Ok()) return glib::IERR;
+bool TellOfAnimation(std::span<const std::uint8_t> start, Told& told) {
   qani::Animation animation;
-  const modules::Verdict verdict = qani::ReadAnimation(file.Bytes(), animation);
-  if (verdict.result != glib::RCOK) return verdict.result;
-  if (animation.steps.empty() || animation.steps[0].frame >= animation.frames.size()) return glib::IERR;
+  told.result = qani::ReadAnimation(start, animation).result;
+  if (told.result != glib::RCOK) return false;
+  told.pages = static_cast<std::uint32_t>(animation.steps.size());
+  if (animation.steps.empty() || animation.steps[0].frame >= animation.frames.size()) {
+    told.result = glib::IERR;
+    return false;
+  }
   const auto frame = animation.frames[animation.steps[0].frame];
-  qani::IconSummary icon;
   const modules::Verdict known = animation.framesAreIcons
-                                     ? qani::SummarizeIcon(frame, icon)
-                                     : qani::SummarizeBitmap(frame, modules::DibForm::kPicture, icon);
-  if (known.result != glib::RCOK) return known.result;
-  return InfoOf(icon, static_cast<std::uint32_t>(animation.steps.size()), path, id, info);
+                                     ? qani::SummarizeIcon(frame, told.icon)
+                                     : qani::SummarizeBitmap(frame, modules::DibForm::kPicture, told.icon);
+  told.result = known.result;
+  return told.result == glib::RCOK && animation.settled;
 }
 
 }  // namespace
@@ -59,11 +57,15 @@ ZEFA_ENTRY LoadImageData(const char* source, glib::ImageDataExchange* exchange, 
 }
 
 ZEFA_ENTRY GetFileInfo(const char* path, std::uint32_t id, glib::FileInfo** info) {
-  if (id == kAniId) return InfoOfAnimation(path, id, info);
-  std::uint32_t result = glib::IERR;
+  Told told;
   modules::ReadHeaderBytes(path, [&](std::span<const std::uint8_t> start) {
-    result = InfoOfIcon(start, path, id, info);
-    return result == glib::RCOK;
+    told = {};
+    return id == kAniId ? TellOfAnimation(start, told) : TellOfIcons(start, told);
   });
-  return result;
+  if (told.result != glib::RCOK) return told.result;
+  const qani::IconSummary& icon = told.icon;
+  *info = modules::NewFileInfo(path, id, static_cast<std::int32_t>(icon.width), static_cast<std::int32_t>(icon.height),
+                               static_cast<std::int32_t>(icon.bits), static_cast<std::int32_t>(told.pages), icon.dpiX,
+                               icon.dpiY);
+  return glib::RCOK;
 }

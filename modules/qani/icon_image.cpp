@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "modules/common/png_reader.h"
+#include "modules/common/png_page.h"
 
 namespace qani {
 namespace {
@@ -31,17 +31,9 @@ modules::Verdict SummarizePng(std::span<const std::uint8_t> image, IconSummary& 
 std::uint32_t LoadPng(std::span<const std::uint8_t> image, glib::ImageDataExchange& exchange, std::size_t& used) {
   modules::PngReader png(image);
   if (!png.ReadHeader(true)) return modules::Fail(exchange, glib::IERR, png.Cause());
-  const modules::Verdict verdict = CheckSize(png);
-  if (verdict.result != glib::RCOK) return modules::Fail(exchange, verdict);
-  modules::Page* page = modules::AddPage(exchange, png.Width(), png.Height(), png.Bits());
-  if (page == nullptr) return glib::IERR;
-  page->dpiX = png.DpiX();
-  page->dpiY = png.DpiY();
-  png.FillPalette(*page);
-  const bool whole = png.ReadRows(*page);
+  const std::uint32_t result = modules::AddPngPage(png, exchange);
   used = std::max<std::size_t>(png.BytesRead(), 1);
-  if (whole) return glib::RCOK;
-  return modules::EndOfRows(exchange, png.AnyRow() ? 1 : 0, 2);
+  return result;
 }
 
 // The mask of an icon's picture: a bit for each pixel, set where the screen shows through.

@@ -16,11 +16,8 @@ ZEFA_ENTRY LoadImageData(const char* source, glib::ImageDataExchange* exchange, 
   return qfpx::LoadFlashPix(qfpx::Storage(file.Bytes()), *exchange);
 }
 
-// The directory of a file's streams stands anywhere in it.
 ZEFA_ENTRY GetFileInfo(const char* path, std::uint32_t id, glib::FileInfo** info) {
-  const modules::Source file(path);
-  if (!file.Ok()) return glib::IERR;
-  const qfpx::Storage storage(file.Bytes());
+  const qfpx::Storage storage(path);
   if (!storage.HelperFound()) return glib::NSUP;
   qfpx::ImageContents contents;
   const auto stream = storage.ReadContents();

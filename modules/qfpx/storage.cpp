@@ -3,7 +3,6 @@
 #include <cstdio>
 
 #include "modules/common/helper.h"
-#include "modules/helpers/structured_storage/entries.h"
 #include "modules/qfpx/image_contents.h"
 #include "modules/qfpx/tiles.h"
 
@@ -17,7 +16,10 @@ auto* ReadFunction() { return modules::HelperFunction<decltype(ReadStorageStream
 
 }  // namespace
 
-Storage::Storage(std::span<const std::uint8_t> file) : file_(file), found_(ReadFunction() != nullptr) {}
+Storage::Storage(std::span<const std::uint8_t> file)
+    : file_{.bytes = file.data(), .size = file.size()}, found_(ReadFunction() != nullptr) {}
+
+Storage::Storage(const char* path) : file_{.name = path}, found_(ReadFunction() != nullptr) {}
 
 const char* Storage::HelperName() { return kHelper; }
 
@@ -29,7 +31,7 @@ std::vector<std::uint8_t> Storage::Read(std::initializer_list<const char*> path)
   const TakeStreamFunction take = [](void* context, const std::uint8_t* bytes, std::size_t size) {
     static_cast<std::vector<std::uint8_t>*>(context)->assign(bytes, bytes + size);
   };
-  ReadFunction()(file_.data(), file_.size(), names.data(), names.size(), take, &stream);
+  ReadFunction()(&file_, names.data(), names.size(), take, &stream);
   return stream;
 }
 

@@ -7,13 +7,16 @@
 #include <vector>
 
 #include "modules/common/page_builder.h"
+#include "modules/helpers/structured_storage/entries.h"
 
 namespace qfpx {
 
 // The streams of a FlashPix file, through a helper.
 class Storage {
  public:
+  // Both must stay during this life; of a file that is opened by its path only what is asked for is read.
   explicit Storage(std::span<const std::uint8_t> file);
+  explicit Storage(const char* path);
 
   static const char* HelperName();
   bool HelperFound() const { return found_; }
@@ -23,7 +26,7 @@ class Storage {
   std::vector<std::uint8_t> ReadContents() const { return Read({"\005Image Contents"}); }
 
  private:
-  std::span<const std::uint8_t> file_;
+  StorageFile file_;
   bool found_;
 };
 

@@ -41,6 +41,26 @@ const opj_image_t* Decoder::ReadHeader() {
   return read ? image : nullptr;
 }
 
+void Decoder::ReduceTo(std::uint32_t width, std::uint32_t height) {
+  if (!image_ || image_->numcomps == 0 || (width == 0 && height == 0)) return;
+  opj_codestream_info_v2_t* stream = opj_get_cstr_info(codec_.get());
+  if (stream == nullptr) return;
+  std::uint32_t resolutions = 1;
+  if (stream->m_default_tile_info.tccp_info != nullptr) {
+    resolutions = stream->m_default_tile_info.tccp_info[0].numresolutions;
+    for (std::uint32_t i = 1; i < stream->nbcomps; ++i) {
+      resolutions = std::min<std::uint32_t>(resolutions, stream->m_default_tile_info.tccp_info[i].numresolutions);
+    }
+  }
+  opj_destroy_cstr_info(&stream);
+  const auto fits = [&](std::uint32_t factor) {
+    return image_->comps[0].w >> factor >= std::max(width, 1U) && image_->comps[0].h >> factor >= std::max(height, 1U);
+  };
+  std::uint32_t factor = 0;
+  while (factor + 1 < resolutions && factor + 1 < 32 && fits(factor + 1)) ++factor;
+  if (factor != 0) opj_set_decoded_resolution_factor(codec_.get(), factor);
+}
+
 const opj_image_t* Decoder::Decode() {
   if (!image_ || opj_decode(codec_.get(), stream_.get(), image_.get()) != OPJ_TRUE) return nullptr;
   return image_.get();

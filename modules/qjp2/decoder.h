@@ -21,6 +21,9 @@ class Decoder {
 
   // Sizes and components without samples; null if the header makes no sense.
   const opj_image_t* ReadHeader();
+  // After ReadHeader: gives up resolutions as long as the picture still has at least these sides; 0 for a side asks
+  // nothing of it.
+  void ReduceTo(std::uint32_t width, std::uint32_t height);
   // After ReadHeader: the samples as far as the file has them; null if there are none.
   const opj_image_t* Decode();
 

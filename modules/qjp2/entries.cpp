@@ -13,7 +13,13 @@ ZEFA_ENTRY GetFilterInfo(glib::CreateFormatDescFunction create, gen::array_ptr<g
 ZEFA_ENTRY LoadImageData(const char* source, glib::ImageDataExchange* exchange, glib::BaseFormatDesc*) {
   const modules::Source file(source, *exchange);
   if (!file.Ok()) return modules::Fail(*exchange, glib::IERR, "The file can't be read");
-  return qjp2::LoadJp2(file.Bytes(), *exchange);
+  return qjp2::LoadJp2(file.Bytes(), false, *exchange);
+}
+
+ZEFA_ENTRY LoadImageThumbnail(const char* path, glib::ImageDataExchange* exchange) {
+  const modules::Source file(path);
+  if (!file.Ok()) return modules::Fail(*exchange, glib::IERR, "The file can't be read");
+  return qjp2::LoadJp2(file.Bytes(), true, *exchange);
 }
 
 ZEFA_ENTRY GetFileInfo(const char* path, std::uint32_t id, glib::FileInfo** info) {

@@ -239,13 +239,14 @@ modules::Verdict ReadJp2Info(std::span<const std::uint8_t> file, Jp2Info& info) 
   return modules::kFine;
 }
 
-std::uint32_t LoadJp2(std::span<const std::uint8_t> file, glib::ImageDataExchange& exchange) {
+std::uint32_t LoadJp2(std::span<const std::uint8_t> file, bool reduced, glib::ImageDataExchange& exchange) {
   const Boxes boxes = ReadBoxes(file);
   Decoder decoder(file, !boxes.palette.empty());
   const opj_image_t* image = decoder.ReadHeader();
   if (image == nullptr) return modules::Fail(exchange, glib::IERR, "The header makes no sense");
   const modules::Verdict verdict = Check(*image, file.size());
   if (verdict.result != glib::RCOK) return modules::Fail(exchange, verdict);
+  if (reduced) decoder.ReduceTo(exchange.thumbnailWidth, exchange.thumbnailHeight);
   image = decoder.Decode();
   if (image == nullptr) return modules::Fail(exchange, glib::IERR, "The picture can't be decoded");
   // A palette or the like may have changed the components.

@@ -19,7 +19,8 @@ struct Jp2Info {
 // Reads headers only. Sides are within the limits if it is fine.
 modules::Verdict ReadJp2Info(std::span<const std::uint8_t> file, Jp2Info& info);
 
-std::uint32_t LoadJp2(std::span<const std::uint8_t> file, glib::ImageDataExchange& exchange);
+// `reduced`: a smaller form that still has the sides of a thumbnail, as far as the file has one.
+std::uint32_t LoadJp2(std::span<const std::uint8_t> file, bool reduced, glib::ImageDataExchange& exchange);
 
 }  // namespace qjp2
 

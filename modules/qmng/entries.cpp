@@ -1,27 +1,25 @@
 #include "modules/common/entries.h"
 
-#include <algorithm>
-
 #include "glib/module_api/format_rows.h"
-#include "modules/common/graphicsmagick.h"
 #include "modules/common/limits.h"
 #include "modules/common/page_builder.h"
+#include "modules/common/png_page.h"
 #include "modules/common/source.h"
 #include "modules/qmng/frames.h"
+#include "modules/qmng/jng.h"
 
 namespace {
 
-using Bytes = std::span<const std::uint8_t>;
+using qmng::Bytes;
 
 constexpr std::uint32_t kJngId = 0x3000001E;
 // Pictures that can't be read, until the rest isn't tried any more: a loop would bring them back for ages.
 constexpr std::uint32_t kMaxFailures = 64;
 
-modules::MagickOptions OptionsFor(bool photograph, Bytes file) {
-  constexpr std::size_t kColourAt = 24;  // in the header of a JNG
-  constexpr std::uint8_t kGrey = 8;
-  if (!photograph) return {.coder = "PNG"};
-  return {.coder = "JNG", .greyIsIndexed = file.size() > kColourAt && file[kColourAt] == kGrey};
+std::uint32_t LoadPng(Bytes file, glib::ImageDataExchange& exchange) {
+  modules::PngReader png(file);
+  if (!png.ReadHeader(true)) return modules::Fail(exchange, glib::IERR, png.Cause());
+  return modules::AddPngPage(png, exchange);
 }
 
 std::uint32_t LoadAnimation(Bytes file, glib::ImageDataExchange& exchange) {
@@ -30,8 +28,7 @@ std::uint32_t LoadAnimation(Bytes file, glib::ImageDataExchange& exchange) {
   qmng::ForEachFrame(file, [&](const qmng::Frame& frame) {
     const std::uint32_t before = exchange.pages.count;
     // One that can't be read is left out; why it can't stays in the message.
-    const std::uint32_t result =
-        modules::LoadWithMagick(frame.file, OptionsFor(frame.photograph, frame.file), exchange);
+    const std::uint32_t result = frame.photograph ? qmng::LoadJng(frame.file, exchange) : LoadPng(frame.file, exchange);
     if (exchange.pages.count > before) {
       exchange.pages.At(before)->delay = frame.delay;
     } else {
@@ -45,26 +42,42 @@ std::uint32_t LoadAnimation(Bytes file, glib::ImageDataExchange& exchange) {
   return glib::RCOK;
 }
 
-// The library's look at the header misses alpha.
-std::uint32_t TellOfPicture(Bytes file, bool photograph, bool alpha, modules::MagickSummary& found) {
-  const std::uint32_t result = modules::PingWithMagick(file, OptionsFor(photograph, file), found);
-  if (alpha) found.bits = 32;
-  return result;
+struct Told {
+  std::uint32_t result = glib::IERR;
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+  std::uint32_t bits = 0;
+  double dpiX = 72.0;
+  double dpiY = 72.0;
+  std::int32_t pages = 0;
+};
+
+void TellOfJng(Bytes file, Told& told) {
+  qmng::JngHeader header;
+  told.result = qmng::ReadJngHeader(file, header).result;
+  told.width = header.width;
+  told.height = header.height;
+  told.bits = header.PageBits();
+  told.dpiX = header.dpiX;
+  told.dpiY = header.dpiY;
 }
 
-std::uint32_t TellOfAnimation(Bytes file, const char* path, std::uint32_t id, glib::FileInfo** info) {
-  modules::MagickSummary first;
-  std::uint32_t result = glib::IERR;
-  std::int32_t pages = 0;
+void TellOfPng(Bytes file, Told& told) {
+  modules::PngReader png(file);
+  if (!png.ReadHeader(false)) return;
+  told.result = modules::SizeAllowed(png.Width(), png.Height()) ? glib::RCOK : glib::NSUP;
+  told.width = png.Width();
+  told.height = png.Height();
+  told.bits = png.Bits();
+  told.dpiX = png.DpiX();
+  told.dpiY = png.DpiY();
+}
+
+void TellOfAnimation(Bytes file, Told& told) {
   qmng::ForEachFrame(file, [&](const qmng::Frame& frame) {
-    if (pages == 0) {
-      result = TellOfPicture(frame.file, frame.photograph, frame.alpha, first);
-    }
-    ++pages;
-    return result == glib::RCOK && pages < static_cast<std::int32_t>(modules::kMaxPages);
+    if (told.pages++ == 0) frame.photograph ? TellOfJng(frame.file, told) : TellOfPng(frame.file, told);
+    return told.result == glib::RCOK && told.pages < static_cast<std::int32_t>(modules::kMaxPages);
   });
-  if (result == glib::RCOK) *info = modules::InfoOf(path, id, first, pages);
-  return result;
 }
 
 }  // namespace
@@ -76,16 +89,16 @@ ZEFA_ENTRY GetFilterInfo(glib::CreateFormatDescFunction create, gen::array_ptr<g
 ZEFA_ENTRY LoadImageData(const char* source, glib::ImageDataExchange* exchange, glib::BaseFormatDesc*) {
   const modules::Source file(source, *exchange);
   if (!file.Ok()) return modules::Fail(*exchange, glib::IERR, "The file can't be read");
-  if (exchange->id != kJngId) return LoadAnimation(file.Bytes(), *exchange);
-  return modules::LoadWithMagick(file.Bytes(), OptionsFor(true, file.Bytes()), *exchange);
+  return exchange->id == kJngId ? qmng::LoadJng(file.Bytes(), *exchange) : LoadAnimation(file.Bytes(), *exchange);
 }
 
 ZEFA_ENTRY GetFileInfo(const char* path, std::uint32_t id, glib::FileInfo** info) {
   const modules::Source file(path);
   if (!file.Ok()) return glib::IERR;
-  if (id != kJngId) return TellOfAnimation(file.Bytes(), path, id, info);
-  modules::MagickSummary found;
-  const std::uint32_t result = TellOfPicture(file.Bytes(), true, qmng::HeaderHasAlpha(file.Bytes()), found);
-  if (result == glib::RCOK) *info = modules::InfoOf(path, id, found, 1);
-  return result;
+  Told told{.pages = id == kJngId ? 1 : 0};
+  id == kJngId ? TellOfJng(file.Bytes(), told) : TellOfAnimation(file.Bytes(), told);
+  if (told.result != glib::RCOK) return told.result;
+  *info = modules::NewFileInfo(path, id, static_cast<std::int32_t>(told.width), static_cast<std::int32_t>(told.height),
+                               static_cast<std::int32_t>(told.bits), told.pages, told.dpiX, told.dpiY);
+  return glib::RCOK;
 }

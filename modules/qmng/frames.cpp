@@ -4,47 +4,13 @@
 
 #include "modules/common/byte_reader.h"
 #include "modules/common/limits.h"
+#include "modules/qmng/chunks.h"
 
 namespace qmng {
 namespace {
 
-using Bytes = std::span<const std::uint8_t>;
-
-constexpr std::uint32_t Name(const char (&text)[5]) {
-  std::uint32_t name = 0;
-  for (int i = 0; i < 4; ++i) name = name << 8 | static_cast<std::uint8_t>(text[i]);
-  return name;
-}
-
-constexpr std::uint8_t kPngSignature[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-constexpr std::uint8_t kJngSignature[] = {0x8B, 'J', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-constexpr std::size_t kSignatureBytes = 8;
 // Chunks that may play in all, repeated ones counted each time: a fraction of a second.
 constexpr std::uint64_t kMaxPlayed = std::uint64_t{1} << 18;
-
-struct Chunk {
-  std::uint32_t name = 0;
-  Bytes data;
-  Bytes whole;  // with length, name and checksum
-};
-
-// All chunks up to the end of the animation or the first that is cut. What stands behind the end can be of any length.
-std::vector<Chunk> ReadChunks(Bytes file) {
-  std::vector<Chunk> chunks;
-  modules::ByteReader in(file);
-  in.Skip(kSignatureBytes);
-  while (in.Left() >= 12) {
-    const std::size_t begin = in.Position();
-    const std::size_t length = in.BigLong();
-    const std::uint32_t name = in.BigLong();
-    const Bytes data = in.Take(length);
-    in.Skip(4);
-    if (name == Name("MEND") || name == 0) break;
-    // A cut picture may still have rows.
-    chunks.push_back({name, data, file.subspan(begin, in.Position() - begin)});
-  }
-  return chunks;
-}
 
 struct Loop {
   std::size_t begin;  // its first chunk
@@ -167,10 +133,8 @@ class Player {
       const bool common = chunk.name == Name("PLTE") && chunk.data.empty();
       Append(common ? palette_.whole : chunk.whole, frame.file);
       if (common) Append(transparency_.whole, frame.file);
-      frame.alpha = frame.alpha || chunk.name == Name("tRNS") || (common && !transparency_.whole.empty());
       if (chunk.name == Name("IEND")) break;
     }
-    frame.alpha = frame.alpha || HeaderHasAlpha(frame.file);
     return visit_(frame);
   }
 
@@ -184,14 +148,6 @@ class Player {
 };
 
 }  // namespace
-
-bool HeaderHasAlpha(Bytes file) {
-  constexpr std::size_t kKindAt[] = {25, 24};  // behind a PNG's depth
-  constexpr std::uint8_t kAlphaBit = 4;        // the same in both
-  const bool photograph = !file.empty() && file[0] == kJngSignature[0];
-  const std::size_t at = kKindAt[photograph ? 1 : 0];
-  return file.size() > at && (file[at] & kAlphaBit) != 0;
-}
 
 void ForEachFrame(Bytes file, const std::function<bool(const Frame&)>& visit) {
   auto chunks = ReadChunks(file);

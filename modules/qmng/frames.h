@@ -12,18 +12,12 @@ namespace qmng {
 struct Frame {
   std::vector<std::uint8_t> file;  // PNG or JNG
   bool photograph = false;         // JNG
-  bool alpha = false;
-  std::uint32_t delay = 10;  // hundredths of a second
+  std::uint32_t delay = 10;        // hundredths of a second
 };
-
-// Whether the header of a PNG or JNG says that it has alpha.
-bool HeaderHasAlpha(std::span<const std::uint8_t> file);
 
 // Takes an animation apart: gives its pictures to `visit` in the order in which they play, until one is answered with
 // false. Loops play as often as they say; those that would play for ages (mostly the one around everything, which never
 // ends) play once. Objects are neither moved nor laid over each other.
-//
-// The image library could read the whole, but plays all loops, however long, and takes wrong delays.
 void ForEachFrame(std::span<const std::uint8_t> file, const std::function<bool(const Frame&)>& visit);
 
 }  // namespace qmng

@@ -1,5 +1,7 @@
 #include "modules/common/entries.h"
 
+#include <algorithm>
+
 #include "glib/module_api/format_rows.h"
 #include "modules/common/graphicsmagick.h"
 #include "modules/common/page_builder.h"
@@ -9,6 +11,9 @@ namespace {
 
 // Of the sizes in the file the library gives the base one, 768 x 512.
 constexpr modules::MagickOptions kPhotoCd{.coder = "PCD"};
+
+constexpr std::uint32_t kBaseWidth = 768;
+constexpr std::uint32_t kBaseHeight = 512;
 
 }  // namespace
 
@@ -20,6 +25,18 @@ ZEFA_ENTRY LoadImageData(const char* source, glib::ImageDataExchange* exchange, 
   const modules::Source file(source, *exchange);
   if (!file.Ok()) return modules::Fail(*exchange, glib::IERR, "The file can't be read");
   return modules::LoadWithMagick(file.Bytes(), kPhotoCd, *exchange);
+}
+
+// The file also has the base size halved and quartered.
+ZEFA_ENTRY LoadImageThumbnail(const char* path, glib::ImageDataExchange* exchange) {
+  const modules::Source file(path);
+  if (!file.Ok()) return modules::Fail(*exchange, glib::IERR, "The file can't be read");
+  modules::MagickOptions options = kPhotoCd;
+  if (exchange->thumbnailWidth != 0 || exchange->thumbnailHeight != 0) {
+    options.wantedWidth = std::clamp(exchange->thumbnailWidth, 1U, kBaseWidth);
+    options.wantedHeight = std::clamp(exchange->thumbnailHeight, 1U, kBaseHeight);
+  }
+  return modules::LoadWithMagick(file.Bytes(), options, *exchange);
 }
 
 ZEFA_ENTRY GetFileInfo(const char* path, std::uint32_t id, glib::FileInfo** info) {

@@ -3,7 +3,7 @@
 #include "glib/module_api/format_rows.h"
 #include "modules/common/header_bytes.h"
 #include "modules/common/page_builder.h"
-#include "modules/common/png_reader.h"
+#include "modules/common/png_page.h"
 #include "modules/common/source.h"
 
 using modules::Fail;
@@ -18,20 +18,7 @@ ZEFA_ENTRY LoadImageData(const char* path, glib::ImageDataExchange* exchange, gl
   if (!source.Ok()) return Fail(*exchange, glib::IERR, "The file can't be read");
   PngReader reader(source.Bytes());
   if (!reader.ReadHeader(true)) return Fail(*exchange, glib::IERR, reader.Cause());
-  if (!modules::SizeAllowed(reader.Width(), reader.Height())) {
-    return Fail(*exchange, glib::NSUP, "The picture has too many pixels");
-  }
-  modules::Page* page = modules::AddPage(*exchange, reader.Width(), reader.Height(), reader.Bits());
-  if (page == nullptr) return glib::IERR;
-  page->dpiX = reader.DpiX();
-  page->dpiY = reader.DpiY();
-  reader.FillPalette(*page);
-  if (reader.ReadRows(*page)) return glib::RCOK;
-  if (!reader.AnyRow()) {
-    modules::DropLastPage(*exchange);
-    return Fail(*exchange, glib::IERR, reader.Cause());
-  }
-  return Fail(*exchange, glib::RCOK, "The picture's data are damaged or cut off");
+  return modules::AddPngPage(reader, *exchange);
 }
 
 ZEFA_ENTRY GetFileInfo(const char* path, std::uint32_t id, glib::FileInfo** info) {

@@ -6,6 +6,7 @@
 
 #include "modules/common/limits.h"
 #include "modules/common/pack_bits.h"
+#include "modules/common/pixel_rows.h"
 #include "modules/qpsd/srgb_curve.h"
 
 namespace qpsd {
@@ -17,13 +18,6 @@ float FloatAt(const std::uint8_t* at) { return std::bit_cast<float>(BigWordAt(at
 
 std::uint8_t ToByte(float value) {
   return value > 0.0F ? static_cast<std::uint8_t>(std::min(value, 1.0F) * 255 + 0.5F) : std::uint8_t{0};
-}
-
-void HalveSamples(const std::uint8_t* wide, std::uint8_t* samples, std::size_t count) {
-  for (std::size_t x = 0; x < count; ++x) {
-    // (sample * 255 + 32767) / 65535 without the division, equal for all samples.
-    samples[x] = static_cast<std::uint8_t>((BigWordAt(wide + 2 * x) * 255 + 32895) >> 16);
-  }
 }
 
 bool IsZip(Encoding encoding) { return encoding == Encoding::kZip || encoding == Encoding::kPredicted; }
@@ -85,7 +79,7 @@ bool PlaneReader::Next(std::uint8_t* samples, bool light) {
   std::uint8_t* row = shape_.depth > 8 ? wide_.data() : samples;
   if (!ReadRow(row)) return false;
   if (encoding_ == Encoding::kPredicted) UndoPrediction(row);
-  if (shape_.depth == 16) HalveSamples(row, samples, shape_.width);
+  if (shape_.depth == 16) modules::RoundBigWords(row, shape_.width, samples);
   if (shape_.depth == 32) {
     for (std::size_t x = 0; x < shape_.width; ++x) {
       const float value = FloatAt(row + 4 * x);

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "modules/common/helper.h"
+#include "modules/helpers/color_management/matrix_conversion.h"
 
 namespace {
 
@@ -62,6 +63,11 @@ OpenConversion(const std::uint8_t* bytes, std::size_t size, const SampleForm* fo
   const Profile from(cmsOpenProfileFromMem(bytes, static_cast<cmsUInt32Number>(size)));
   const Profile to(cmsCreate_sRGBProfile());
   if (from == nullptr || to == nullptr) return nullptr;
+  if (form->samples == Samples::kColours) {
+    if (auto conversion = color_management::MatrixConversion::Make(from.get(), to.get(), form->alpha)) {
+      return conversion.release();
+    }
+  }
   // Colours that both sides have stay as they are, and black becomes black: what viewers do.
   const cmsHTRANSFORM transform =
       cmsCreateTransform(from.get(), FormatOf(*form), to.get(), form->alpha ? TYPE_BGRA_8 : TYPE_BGR_8,

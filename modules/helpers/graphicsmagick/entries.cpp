@@ -55,10 +55,16 @@ void Start() {
 }
 
 // A null `image_info` gives the defaults. The coder stands in both places, so that nothing else is asked.
-ImageInfo* InfoFor(const char* coder) {
+ImageInfo* InfoFor(const MagickOptions& options) {
   ImageInfo* info = CloneImageInfo(nullptr);
-  std::snprintf(info->magick, sizeof(info->magick), "%s", coder);
-  std::snprintf(info->filename, sizeof(info->filename), "%s:", coder);
+  std::snprintf(info->magick, sizeof(info->magick), "%s", options.coder);
+  std::snprintf(info->filename, sizeof(info->filename), "%s:", options.coder);
+  if (options.wantedWidth != 0) {
+    char size[32];
+    std::snprintf(size, sizeof(size), "%ux%u", static_cast<unsigned>(options.wantedWidth),
+                  static_cast<unsigned>(options.wantedHeight));
+    CloneString(&info->size, size);
+  }
   return info;
 }
 
@@ -73,7 +79,7 @@ std::uint32_t Read(const std::uint8_t* bytes, std::size_t size, const MagickOpti
                    glib::ImageDataExchange& exchange) {
   ExceptionInfo exception;
   GetExceptionInfo(&exception);
-  ImageInfo* info = InfoFor(options.coder);
+  ImageInfo* info = InfoFor(options);
   Image* images = BlobToImage(info, bytes, size, &exception);
   DestroyImageInfo(info);
   if (images == nullptr || exception.severity >= ErrorException) Say(exchange, exception);
@@ -98,7 +104,7 @@ std::uint32_t Read(const std::uint8_t* bytes, std::size_t size, const MagickOpti
 std::uint32_t Ping(const std::uint8_t* bytes, std::size_t size, const MagickOptions& options, MagickSummary& found) {
   ExceptionInfo exception;
   GetExceptionInfo(&exception);
-  ImageInfo* info = InfoFor(options.coder);
+  ImageInfo* info = InfoFor(options);
   Image* images = PingBlob(info, bytes, size, &exception);
   DestroyImageInfo(info);
   DestroyExceptionInfo(&exception);

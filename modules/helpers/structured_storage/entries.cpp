@@ -2,10 +2,14 @@
 
 #include <gsf/gsf-infile-msole.h>
 #include <gsf/gsf-input-memory.h>
+#include <gsf/gsf-input-stdio.h>
 #include <gsf/gsf-utils.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <memory>
+
+#include "platform/source_file.h"
 
 namespace {
 
@@ -25,19 +29,25 @@ void Start() {
   static_cast<void>(started);
 }
 
-Owned<GsfInput> OpenRoot(const std::uint8_t* file, std::size_t size) {
-  const Owned<GsfInput> memory(gsf_input_memory_new(file, static_cast<gsf_off_t>(size), FALSE));
-  if (memory == nullptr) return nullptr;
-  return Owned<GsfInput>(reinterpret_cast<GsfInput*>(gsf_infile_msole_new(memory.get(), nullptr)));
+// The library closes the stream with its input.
+Owned<GsfInput> OpenInput(const StorageFile& file) {
+  if (file.name == nullptr) {
+    return Owned<GsfInput>(gsf_input_memory_new(file.bytes, static_cast<gsf_off_t>(file.size), FALSE));
+  }
+  std::FILE* stream = platform::OpenSource(file.name);
+  return Owned<GsfInput>(stream == nullptr ? nullptr : gsf_input_stdio_new_FILE("file", stream, FALSE));
 }
 
 }  // namespace
 
 ZEFA_HELPER_ENTRY(bool)
-ReadStorageStream(const std::uint8_t* file, std::size_t size, const char* const* path, std::size_t depth,
-                  TakeStreamFunction take, void* context) {
+ReadStorageStream(const StorageFile* file, const char* const* path, std::size_t depth, TakeStreamFunction take,
+                  void* context) {
   Start();
-  Owned<GsfInput> place = OpenRoot(file, size);
+  const Owned<GsfInput> input = OpenInput(*file);
+  if (input == nullptr) return false;
+  const auto size = static_cast<std::size_t>(std::max<gsf_off_t>(gsf_input_size(input.get()), 0));
+  Owned<GsfInput> place(reinterpret_cast<GsfInput*>(gsf_infile_msole_new(input.get(), nullptr)));
   for (std::size_t i = 0; i < depth && place != nullptr; ++i) {
     if (!GSF_IS_INFILE(place.get())) return false;
     place.reset(gsf_infile_child_by_name(GSF_INFILE(place.get()), path[i]));

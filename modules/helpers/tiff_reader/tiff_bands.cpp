@@ -30,6 +30,27 @@ TiffBands::TiffBands(TiffFile& file, const TiffLayout& layout)
   }
   planeBytes_ = rowBytes_ * std::min(rowsPerBand_, layout.height);
   usable_ = planeBytes_ <= kMaxTiffBlock / layout.Planes();
+  direct_ = !tiled_ && layout.Planes() == 1 && IsPlain();
+}
+
+// No compression, and bytes and bits in our own order.
+bool TiffBands::IsPlain() const {
+  std::uint16_t compression = COMPRESSION_NONE;
+  std::uint16_t fillOrder = FILLORDER_MSB2LSB;
+  TIFFGetFieldDefaulted(tiff_, TIFFTAG_COMPRESSION, &compression);
+  TIFFGetFieldDefaulted(tiff_, TIFFTAG_FILLORDER, &fillOrder);
+  const bool ownOrder = TIFFIsByteSwapped(tiff_) == 0 || layout_.bits <= 8;
+  return compression == COMPRESSION_NONE && fillOrder == FILLORDER_MSB2LSB && ownOrder;
+}
+
+// Null if the strip is cut off or says that it is shorter than its rows.
+const std::uint8_t* TiffBands::WholeStripInFile(std::uint32_t firstRow) const {
+  const std::uint32_t strip = TIFFComputeStrip(tiff_, firstRow, 0);
+  const std::uint64_t offset = TIFFGetStrileOffset(tiff_, strip);
+  const std::uint64_t size = std::uint64_t{BandRows(firstRow)} * rowBytes_;
+  const auto bytes = file_.Bytes();
+  const bool whole = offset != 0 && offset <= bytes.size() && bytes.size() - offset >= size;
+  return whole && TIFFGetStrileByteCount(tiff_, strip) >= size ? bytes.data() + offset : nullptr;
 }
 
 std::uint32_t TiffBands::BandRows(std::uint32_t firstRow) const {
@@ -38,6 +59,10 @@ std::uint32_t TiffBands::BandRows(std::uint32_t firstRow) const {
 
 std::uint32_t TiffBands::Read(std::uint32_t firstRow, std::uint8_t* target) {
   if (badBlocks_ > kMaxBadBlocks) return 0;
+  if (direct_ && target == nullptr) {
+    firstPlane_ = WholeStripInFile(firstRow);
+    if (firstPlane_ != nullptr) return BandRows(firstRow);
+  }
   if (target == nullptr) {
     if (band_ == nullptr) band_.reset(new (std::nothrow) std::uint8_t[planeBytes_ * layout_.Planes()]);
     if (band_ == nullptr) {
@@ -45,6 +70,7 @@ std::uint32_t TiffBands::Read(std::uint32_t firstRow, std::uint8_t* target) {
       return 0;
     }
     target = band_.get();
+    firstPlane_ = target;
   }
   std::uint32_t rows = BandRows(firstRow);
   for (std::uint32_t plane = 0; plane < layout_.Planes(); ++plane) {

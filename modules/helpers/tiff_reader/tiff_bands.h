@@ -20,12 +20,15 @@ class TiffBands {
   bool Usable() const { return usable_; }
   std::uint32_t BandRows(std::uint32_t firstRow) const;
 
-  // Decodes the band that begins with `firstRow` into memory of its own, for PlaneRow, or with one plane into `target`,
+  // Whether rows stand in the file as Read gives them, so that PlaneRow points there and nothing is copied.
+  bool Direct() const { return direct_; }
+
+  // Decodes the band that begins with `firstRow` for PlaneRow, or with one plane into `target`,
   // whose rows must follow each other without a gap and hold zeros. Gives the number of rows that could be read; what
   // is missing of the others is zero.
   std::uint32_t Read(std::uint32_t firstRow, std::uint8_t* target = nullptr);
   const std::uint8_t* PlaneRow(std::uint32_t plane, std::uint32_t rowInBand) const {
-    return band_.get() + plane * planeBytes_ + rowInBand * rowBytes_;
+    return firstPlane_ + plane * planeBytes_ + rowInBand * rowBytes_;
   }
 
   bool Damaged() const { return badBlocks_ != 0; }
@@ -33,6 +36,8 @@ class TiffBands {
  private:
   std::uint32_t ReadStrip(std::uint32_t firstRow, std::uint16_t plane, std::uint8_t* target);
   std::uint32_t ReadStripByRows(std::uint32_t firstRow, std::uint16_t plane, std::uint8_t* target);
+  bool IsPlain() const;
+  const std::uint8_t* WholeStripInFile(std::uint32_t firstRow) const;
   std::uint32_t CopyPlainRows(std::uint32_t firstRow, std::uint16_t plane, std::uint8_t* target);
   std::uint32_t ReadTiles(std::uint32_t firstRow, std::uint16_t plane, std::uint8_t* target);
 
@@ -41,12 +46,14 @@ class TiffBands {
   const TiffLayout& layout_;
   bool usable_ = false;
   bool tiled_;
+  bool direct_ = false;
   std::uint32_t rowsPerBand_ = 0;
   std::uint32_t tileWidth_ = 0;
   std::size_t tileRowBytes_ = 0;
   std::size_t rowBytes_;
   std::size_t planeBytes_ = 0;
   std::uint32_t badBlocks_ = 0;
+  const std::uint8_t* firstPlane_ = nullptr;  // of the band: in the file, or the own memory
   std::unique_ptr<std::uint8_t[]> band_;
   std::unique_ptr<std::uint8_t[]> tile_;
 };

@@ -11,6 +11,7 @@
 #include "glib/module_api/result_values.h"
 #include "modules/common/color_conversion.h"
 #include "modules/common/page_builder.h"
+#include "modules/common/pixel_rows.h"
 #include "modules/common/upright_rows.h"
 #include "modules/helpers/tiff_reader/tiff_bands.h"
 #include "modules/helpers/tiff_reader/tiff_samples.h"
@@ -100,15 +101,7 @@ class RowMaker {
   }
 
   void SwapColours(const std::uint8_t* from, std::uint8_t* to) const {
-    if (layout_.samples == 3) {
-      for (std::uint32_t x = 0; x < layout_.width; ++x, from += 3, to += 3) {
-        const std::uint8_t red = from[0];
-        to[1] = from[1];
-        to[0] = from[2];
-        to[2] = red;
-      }
-      return;
-    }
+    if (layout_.samples == 3) return SwapOuterBytes(from, layout_.width, to);
     for (std::uint32_t x = 0; x < layout_.width; ++x, from += 4, to += 4) {
       std::uint32_t pixel;
       std::memcpy(&pixel, from, 4);
@@ -133,7 +126,7 @@ class RowMaker {
   }
 
   void Unpack(const TiffBands& bands, std::uint32_t rowInBand) {
-    if (IsPlainWords()) return ReduceWords(bands.PlaneRow(0, rowInBand), bytes_.size(), bytes_.data());
+    if (IsPlainWords()) return RoundWords(bands.PlaneRow(0, rowInBand), bytes_.size(), bytes_.data());
     if (!layout_.separate) {
       UnpackSamples(bands.PlaneRow(0, rowInBand), samples_.size(), layout_, samples_.data(), 1);
     }
@@ -250,7 +243,8 @@ std::uint32_t ReadOwn(TiffFile& file, const TiffLayout& layout, TiffBands& bands
     }
   }
   RowMaker maker(layout, palette, ProfileOf(file.Get()));
-  const bool inPlace = layout.orientation == 1 && maker.FitsInPlace() && page.Stride() == layout.RowBytes();
+  const bool inPlace =
+      layout.orientation == 1 && !bands.Direct() && maker.FitsInPlace() && page.Stride() == layout.RowBytes();
   return inPlace ? ReadUprightInPlace(bands, layout, maker, page) : ReadByRows(bands, layout, maker, page);
 }
 

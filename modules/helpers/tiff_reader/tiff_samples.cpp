@@ -129,10 +129,6 @@ void ReduceSamples(const std::uint32_t* samples, std::size_t count, std::uint32_
   }
 }
 
-void ReduceWords(const std::uint8_t* row, std::size_t count, std::uint8_t* bytes) {
-  for (std::size_t i = 0; i < count; ++i) bytes[i] = HighByte(Load<std::uint16_t>(row, i));
-}
-
 void InkPixel(const std::uint8_t* inks, std::uint8_t* pixel) {
   const std::uint32_t black = 255U - inks[3];
   for (int i = 0; i < 3; ++i) pixel[i] = static_cast<std::uint8_t>(((255U - inks[2 - i]) * black + 127) / 255);

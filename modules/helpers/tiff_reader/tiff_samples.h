@@ -23,9 +23,6 @@ void DivideByAlpha(std::uint32_t* samples, std::uint32_t width, const TiffLayout
 // Samples of 0 to `full` to bytes, rounded.
 void ReduceSamples(const std::uint32_t* samples, std::size_t count, std::uint32_t full, std::uint8_t* bytes);
 
-// The same straight from a row of 16-bit samples in the processor's byte order.
-void ReduceWords(const std::uint8_t* row, std::size_t count, std::uint8_t* bytes);
-
 // What each ink of a pixel lets through of white: blue, green, red.
 void InkPixel(const std::uint8_t* inks, std::uint8_t* pixel);
 

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
+#include <cstring>
 #include <random>
 #include <vector>
 
@@ -40,6 +43,34 @@ TEST(PixelRows, EveryInstructionSetEqualsThePlainForms) {
       ASSERT_EQ(fast, plain) << "swap, " << count;
       modules::SwapOuterBytes(fast.data() + 1, count, fast.data() + 1);
       ASSERT_EQ(Bytes(fast.begin() + 1, fast.begin() + 1 + static_cast<std::ptrdiff_t>(3 * count)), pixels);
+    }
+  });
+}
+
+TEST(PixelRows, EveryWordIsRounded) {
+  constexpr std::size_t kWords = 65536;
+  Bytes words(2 * kWords);
+  Bytes bigWords(2 * kWords);
+  Bytes rounded(kWords);
+  for (std::size_t i = 0; i < kWords; ++i) {
+    const auto word = static_cast<std::uint16_t>(i);
+    std::memcpy(&words[2 * i], &word, 2);
+    bigWords[2 * i] = static_cast<std::uint8_t>(i >> 8);
+    bigWords[2 * i + 1] = static_cast<std::uint8_t>(i);
+    rounded[i] = static_cast<std::uint8_t>(std::lround(static_cast<double>(i) / 257));
+  }
+  test_support::ForEachInstructionSet([&](const char* set) {
+    SCOPED_TRACE(set);
+    // Also in pieces that are no multiple of a vector.
+    for (const std::size_t piece : {kWords, std::size_t{1}, std::size_t{77}}) {
+      Bytes fast(kWords), fastBig(kWords);
+      for (std::size_t i = 0; i < kWords; i += piece) {
+        const std::size_t count = std::min(piece, kWords - i);
+        modules::RoundWords(&words[2 * i], count, &fast[i]);
+        modules::RoundBigWords(&bigWords[2 * i], count, &fastBig[i]);
+      }
+      EXPECT_EQ(fast, rounded);
+      EXPECT_EQ(fastBig, rounded);
     }
   });
 }

@@ -254,6 +254,33 @@ TEST_F(Qani, StepsOfAnAnimationFollowItsOrderAndTimes) {
   EXPECT_EQ(info->bits(), 24);
 }
 
+TEST_F(Qani, TellsOfALargeAnimationFromItsBeginning) {
+  AniSpec spec{.frames = std::vector<Bytes>(700, FrameOf(10)), .steps = 700, .flags = 1};
+  const Bytes file = MakeAni(spec);
+  constexpr std::size_t kBeginning = 65536;
+  ASSERT_GT(file.size(), kBeginning);
+  const test_support::TemporaryFolder folder;
+  // Of what lies behind the beginning nothing is needed; only where the steps must be counted or their order is behind
+  // the frames, all of it is.
+  struct Case {
+    std::uint32_t steps, flags;
+    std::int32_t pages, pagesOfCut;
+  };
+  const auto cutPages = static_cast<std::int32_t>((kBeginning - 100) / (FrameOf(10).size() + 8));
+  for (const Case& c : {Case{700, 1, 700, 700}, Case{9, 1, 9, 9}, Case{0, 1, 700, cutPages}, Case{700, 3, 700, 700}}) {
+    spec.steps = c.steps;
+    spec.flags = c.flags;
+    const Bytes whole = MakeAni(spec);
+    const auto info = host_.Info(folder.Write("a.ani", AsText(whole)), kAniId);
+    ASSERT_NE(info, nullptr);
+    EXPECT_EQ(info->pages, c.pages);
+    const Bytes cut(whole.begin(), whole.begin() + kBeginning);
+    const auto cutInfo = host_.Info(folder.Write("b.ani", AsText(cut)), kAniId);
+    ASSERT_NE(cutInfo, nullptr);
+    EXPECT_NEAR(cutInfo->pages, c.pagesOfCut, 1);
+  }
+}
+
 TEST_F(Qani, WithoutOrderAndTimesTheFramesFollowEachOther) {
   for (const std::uint32_t steps : {0U, 2U}) {
     const Loaded loaded = host_.Load(MakeAni({.frames = {FrameOf(10), FrameOf(20)}, .steps = steps}), kAniId);

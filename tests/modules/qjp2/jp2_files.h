@@ -21,6 +21,7 @@ struct Samples {
   bool isSigned = false;
   std::vector<std::vector<std::int32_t>> components;
   std::uint32_t chromaStep = 1;  // of the second and third, both ways
+  int resolutions = 1;
 };
 
 // A code stream, with nothing around it.
@@ -46,7 +47,7 @@ inline std::vector<std::uint8_t> CodeStream(const Samples& samples) {
   opj_set_default_encoder_parameters(&settings);
   settings.tcp_numlayers = 1;
   settings.cp_disto_alloc = 1;
-  settings.numresolution = 1;
+  settings.numresolution = samples.resolutions;
   settings.tcp_mct = 0;
   opj_codec_t* codec = opj_create_compress(OPJ_CODEC_J2K);
   opj_setup_encoder(codec, &settings, image);

@@ -80,6 +80,28 @@ TEST_F(Qjp2, RegistersItsRowAndOnlyReads) {
 
 TEST_F(Qjp2, ReadsEveryKind) { CheckPictures(host_, Pictures(), kJp2Id); }
 
+TEST_F(Qjp2, ThumbnailsTakeAResolutionOfTheFile) {
+  ASSERT_TRUE(host_.HasEntry("LoadImageThumbnail"));
+  Samples picture{.width = 100, .height = 64, .components = {{}, {}, {}}, .resolutions = 4};
+  for (std::int32_t i = 0; i < 3; ++i) picture.components[static_cast<std::size_t>(i)].assign(6400, 50 * i);
+  const test_support::TemporaryFolder folder;
+  const Bytes file = Boxed(picture, kRgb);
+  const std::string path = folder.Write("a.jp2", {reinterpret_cast<const char*>(file.data()), file.size()});
+  const struct {
+    std::uint32_t width, height;
+    std::int32_t gotWidth, gotHeight;
+  } kCases[] = {{0, 0, 100, 64}, {200, 100, 100, 64}, {51, 1, 100, 64}, {50, 32, 50, 32},
+                {0, 17, 50, 32}, {1, 1, 13, 8},       {12, 0, 13, 8},   {13, 8, 25, 16}};
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(std::to_string(c.width) + " x " + std::to_string(c.height));
+    const Loaded loaded = host_.LoadThumbnail(path, c.width, c.height);
+    ASSERT_EQ(loaded.result, glib::RCOK) << loaded.message;
+    EXPECT_EQ(loaded.PageAt(0).width, c.gotWidth);
+    EXPECT_EQ(loaded.PageAt(0).height, c.gotHeight);
+    EXPECT_EQ(PixelAt(loaded.PageAt(0), 5, 5), 0xFF003264U);
+  }
+}
+
 TEST_F(Qjp2, ColoursOfAProfileBecomeSrgb) {
   const Samples grey{.components = {{0, 128, 255, 3}}};
   const Samples alpha{.width = 2, .height = 1, .components = {{1, 2}, {3, 4}, {5, 6}, {0, 128}}};

@@ -76,6 +76,45 @@ TEST_F(Qpcd, ReadsTheBasePicture) {
   EXPECT_GT(sample(100, 100, 16), sample(100, 100, 8) + 20);
 }
 
+TEST_F(Qpcd, ThumbnailsTakeASmallerPicture) {
+  ASSERT_TRUE(host_.HasEntry("LoadImageThumbnail"));
+  Bytes file = PhotoCd();
+  // Pictures of 192 x 128 and 384 x 256 stand in front, all of one grey each.
+  const auto put = [&](std::size_t at, std::uint32_t width, std::uint32_t height, std::uint8_t luminance) {
+    for (std::uint32_t y = 0; y < height; y += 2) {
+      std::uint8_t* row = file.data() + at + std::size_t{y} * width * 3 / 2;
+      std::fill_n(row, 2 * width, luminance);
+      std::fill_n(row + 2 * width, width / 2, kNoBlue);
+      std::fill_n(row + 2 * width + width / 2, width / 2, kNoRed);
+    }
+  };
+  put(4 * 2048, 192, 128, 60);
+  put(23 * 2048, 384, 256, 100);
+  const test_support::TemporaryFolder folder;
+  const std::string path = folder.Write("a.pcd", {reinterpret_cast<const char*>(file.data()), file.size()});
+  const struct {
+    std::uint32_t width, height;
+    std::int32_t gotWidth, gotHeight;
+  } kCases[] = {{0, 0, 768, 512},   {100, 100, 192, 128}, {192, 128, 192, 128},  {0, 129, 384, 256},
+                {384, 1, 384, 256}, {385, 1, 768, 512},   {5000, 5000, 768, 512}};
+  std::uint32_t last = 0;
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(std::to_string(c.width) + " x " + std::to_string(c.height));
+    const Loaded loaded = host_.LoadThumbnail(path, c.width, c.height);
+    ASSERT_EQ(loaded.result, glib::RCOK) << loaded.message;
+    const auto& page = loaded.PageAt(0);
+    EXPECT_EQ(page.width, c.gotWidth);
+    EXPECT_EQ(page.height, c.gotHeight);
+    const std::uint32_t grey = PixelAt(page, 50, 50) >> 8 & 255U;
+    EXPECT_EQ(grey, PixelAt(page, 60, 60) >> 8 & 255U);
+    if (c.gotWidth == 384) {
+      EXPECT_GT(grey, last + 20);
+    } else if (c.gotWidth == 192) {
+      last = grey;
+    }
+  }
+}
+
 TEST_F(Qpcd, RefusesWhatIsCutOrElse) {
   Bytes file = PhotoCd();
   CheckRefused({"nothing", {}, glib::IERR}, host_.Load(Bytes{}, kPcdId));
