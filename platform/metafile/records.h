@@ -57,6 +57,10 @@ enum RecordType : std::uint32_t {
   kEmrArc = 45,
   kEmrChord = 46,
   kEmrPie = 47,
+  kEmrSelectPalette = 48,
+  kEmrCreatePalette = 49,
+  kEmrSetPaletteEntries = 50,
+  kEmrResizePalette = 51,
   kEmrLineTo = 54,
   kEmrArcTo = 55,
   kEmrPolyDraw = 56,
@@ -124,6 +128,7 @@ enum StockObject : std::uint32_t {
   kBlackPen = kStockObject | 7,
   kNullPen = kStockObject | 8,
   kFirstStockFont = kStockObject | 10,
+  kDefaultPalette = kStockObject | 15,
   kDcBrush = kStockObject | 18,
   kDcPen = kStockObject | 19,
 };
@@ -177,7 +182,14 @@ enum HatchStyle : std::uint32_t {
   kHatchBackward,
   kHatchCross,
   kHatchDiagonalCross,
+  kHatchTextColor = 8,  // no lines, but all of it in the colour of texts, two ways
+  kHatchTextColorDithered,
+  kHatchBkColor,
+  kHatchBkColorDithered,
 };
+
+// Where the colours of a bitmap's palette are.
+enum ColorUse : std::uint32_t { kRgbColors = 0, kPaletteColors = 1, kPaletteIndices = 2 };
 
 enum FillMode : std::uint32_t { kFillAlternate = 1, kFillWinding = 2 };
 enum BackgroundMode : std::uint32_t { kTransparentMode = 1, kOpaqueMode = 2 };

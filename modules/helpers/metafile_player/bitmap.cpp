@@ -70,6 +70,7 @@ std::shared_ptr<const Bitmap> DecodeBitmap(std::span<const std::uint8_t> header,
   bitmap->width = page.width;
   bitmap->height = page.height;
   bitmap->bottomUp = !known.topDown;
+  bitmap->twoColors = known.bits == 1 && page.palette[0] == kOpaque && page.palette[1] == 0xFFFFFFFF;
   const bool blended = alpha == AlphaOf::kMultiplied && page.bits == 32;
   bitmap->surface.reset(
       cairo_image_surface_create(blended ? CAIRO_FORMAT_ARGB32 : CAIRO_FORMAT_RGB24, page.width, page.height));
@@ -86,11 +87,31 @@ std::shared_ptr<const Bitmap> DecodeBitmap(std::span<const std::uint8_t> header,
   return bitmap;
 }
 
+Surface TwoColored(cairo_surface_t* from, std::uint32_t dark, std::uint32_t bright) {
+  const int width = cairo_image_surface_get_width(from);
+  const int height = cairo_image_surface_get_height(from);
+  Surface copy(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height));
+  cairo_surface_flush(copy.get());
+  std::uint8_t* to = cairo_image_surface_get_data(copy.get());
+  if (to == nullptr) return copy;
+  const std::uint8_t* row = cairo_image_surface_get_data(from);
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
+      const bool isBright = (reinterpret_cast<const std::uint32_t*>(row)[x] & 0x8000) != 0;
+      reinterpret_cast<std::uint32_t*>(to)[x] = isBright ? bright : dark;
+    }
+    row += cairo_image_surface_get_stride(from);
+    to += cairo_image_surface_get_stride(copy.get());
+  }
+  cairo_surface_mark_dirty(copy.get());
+  return copy;
+}
+
 std::shared_ptr<const Bitmap> BitmapCache::Get(std::span<const std::uint8_t> header, std::span<const std::uint8_t> rows,
-                                               AlphaOf alpha) {
+                                               AlphaOf alpha, const HeaderOf& headerOf) {
   const Key key{header.data(), rows.data(), alpha};
   if (const auto found = kept_.find(key); found != kept_.end()) return found->second;
-  auto bitmap = DecodeBitmap(header, rows, alpha);
+  auto bitmap = DecodeBitmap(headerOf(), rows, alpha);
   const std::size_t pixels =
       bitmap == nullptr ? 0 : static_cast<std::size_t>(bitmap->width) * static_cast<std::size_t>(bitmap->height);
   if (pixels <= kMaxCachedPixels - keptPixels_) {

@@ -2,9 +2,11 @@
 #define MODULES_HELPERS_METAFILE_PLAYER_BITMAP_H_
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <span>
+#include <vector>
 
 #include "modules/helpers/metafile_player/canvas.h"
 
@@ -15,7 +17,8 @@ struct Bitmap {
   Surface surface;
   std::int32_t width = 0;
   std::int32_t height = 0;
-  bool bottomUp = true;  // as it stood in the file
+  bool bottomUp = true;    // as it stood in the file
+  bool twoColors = false;  // one bit, 0 black and 1 white
 };
 
 enum class AlphaOf {
@@ -27,11 +30,17 @@ enum class AlphaOf {
 std::shared_ptr<const Bitmap> DecodeBitmap(std::span<const std::uint8_t> header, std::span<const std::uint8_t> rows,
                                            AlphaOf alpha);
 
+// A copy in which dark pixels take one colour and bright ones the other.
+Surface TwoColored(cairo_surface_t* from, std::uint32_t dark, std::uint32_t bright);
+
 // Keeps what it decoded: each tile of a picture plays the records again.
 class BitmapCache {
  public:
+  using HeaderOf = std::function<std::vector<std::uint8_t>()>;
+
+  // What was decoded from these bytes before, or else what `headerOf` makes of the header with the rows.
   std::shared_ptr<const Bitmap> Get(std::span<const std::uint8_t> header, std::span<const std::uint8_t> rows,
-                                    AlphaOf alpha);
+                                    AlphaOf alpha, const HeaderOf& headerOf);
 
  private:
   struct Key {

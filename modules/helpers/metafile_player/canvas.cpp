@@ -58,10 +58,7 @@ bool Canvas::Begin(std::int32_t width, std::int32_t height) {
   surface_.reset();
   surface_ = NewSurface();
   if (surface_ == nullptr) return false;
-  cairo_.reset(cairo_create(surface_.get()));
-  cairo_set_antialias(cairo_.get(), CAIRO_ANTIALIAS_NONE);
   clip_.Clear();
-  clipPending_ = false;
   return true;
 }
 
@@ -70,34 +67,33 @@ bool Canvas::Exhausted() const {
   return work_ > kMaxWork || static_cast<double>(std::clock() - start_) / CLOCKS_PER_SEC > kMaxSeconds;
 }
 
-void Canvas::ApplyClip(cairo_t* cairo, bool& pending) const {
-  if (!pending) return;
-  pending = false;
-  cairo_reset_clip(cairo);
-  ApplyTerms(cairo, clip_);
-}
-
 void Canvas::SetClip(Clip clip) {
   clip_ = std::move(clip);
   clipPending_ = scratchClipPending_[0] = scratchClipPending_[1] = true;
   for (const auto& term : clip_.Terms()) work_ += kPointWork * term->path.PointCount();
 }
 
-cairo_t* Canvas::Target() {
-  ApplyClip(cairo_.get(), clipPending_);
-  return cairo_.get();
+// The library draws nothing more with a context that has met an error.
+cairo_t* Canvas::Ready(Cairo& cairo, const Surface& surface, bool& clipPending) const {
+  if (cairo == nullptr || cairo_status(cairo.get()) != CAIRO_STATUS_SUCCESS) {
+    cairo.reset(cairo_create(surface.get()));
+    cairo_set_antialias(cairo.get(), CAIRO_ANTIALIAS_NONE);
+    clipPending = true;
+  }
+  if (clipPending) {
+    cairo_reset_clip(cairo.get());
+    ApplyTerms(cairo.get(), clip_);
+    clipPending = false;
+  }
+  return cairo.get();
 }
 
+cairo_t* Canvas::Target() { return Ready(cairo_, surface_, clipPending_); }
+
 cairo_t* Canvas::Scratch(int which) {
-  if (scratchSurface_[which] == nullptr) {
-    scratchSurface_[which] = NewSurface();
-    if (scratchSurface_[which] == nullptr) return nullptr;
-    scratch_[which].reset(cairo_create(scratchSurface_[which].get()));
-    cairo_set_antialias(scratch_[which].get(), CAIRO_ANTIALIAS_NONE);
-    scratchClipPending_[which] = true;
-  }
-  ApplyClip(scratch_[which].get(), scratchClipPending_[which]);
-  return scratch_[which].get();
+  if (scratchSurface_[which] == nullptr) scratchSurface_[which] = NewSurface();
+  if (scratchSurface_[which] == nullptr) return nullptr;
+  return Ready(scratch_[which], scratchSurface_[which], scratchClipPending_[which]);
 }
 
 Canvas::Rows Canvas::Touched(const Area& area) {
@@ -174,17 +170,27 @@ void Canvas::Line(const Path& path, const Stroke& stroke, const Paint& paint, st
   if (path.Empty()) return;
   work_ += 4 * kPointWork * path.PointCount();
   Area area = path.Extent();
-  const double reach = stroke.width * std::max(stroke.miterLimit, 1.5) + 1;
+  const cairo_matrix_t& shape = stroke.shape;
+  const double longest = std::max(std::hypot(shape.xx, shape.yx), std::hypot(shape.xy, shape.yy));
+  const double reach = stroke.width * std::max(stroke.miterLimit, 1.5) * longest + 1;
   area = {area.left - reach, area.top - reach, area.right + reach, area.bottom + reach};
   DrawByRop2(area, rop2, [&](cairo_t* cairo) {
     path.Trace(cairo);
-    cairo_set_line_width(cairo, stroke.width);
+    // The library takes a pen that keeps its area for one that keeps its form, and cuts it off.
+    constexpr double kLarger = 2;
+    cairo_set_line_width(cairo, stroke.width / kLarger);
     cairo_set_line_cap(cairo, stroke.cap);
     cairo_set_line_join(cairo, stroke.join);
     cairo_set_miter_limit(cairo, stroke.miterLimit);
-    cairo_set_dash(cairo, stroke.dashes.data(), static_cast<int>(stroke.dashes.size()), 0);
+    std::vector<double> dashes = stroke.dashes;
+    for (double& dash : dashes) dash /= kLarger;
+    cairo_set_dash(cairo, dashes.data(), static_cast<int>(dashes.size()), 0);
     SetPaint(cairo, paint);
+    cairo_save(cairo);
+    cairo_transform(cairo, &shape);
+    cairo_scale(cairo, kLarger, kLarger);
     cairo_stroke(cairo);
+    cairo_restore(cairo);
   });
 }
 
@@ -196,11 +202,13 @@ void Canvas::Combine(const Path& path, const Paint& brush, cairo_pattern_t* sour
     SetPaint(cairo, paint);
     cairo_fill(cairo);
   };
+  // A source that the operation doesn't read is a mask.
+  const bool masked = source != nullptr && (rop >> 2 & 0x33) == (rop & 0x33);
   if (rop == platform::kSourceCopy >> 16 && source != nullptr) return draw(Target(), {0, source});
-  if (rop == platform::kPatternCopy >> 16) return draw(Target(), brush);
+  if (rop == platform::kPatternCopy >> 16 && !masked) return draw(Target(), brush);
   if (rop == platform::kLeaveTarget >> 16) return;
-  if (rop == 0) return draw(Target(), {kOpaque, nullptr});
-  if (rop == 255) return draw(Target(), {0xFFFFFFFF, nullptr});
+  if (rop == 0 && !masked) return draw(Target(), {kOpaque, nullptr});
+  if (rop == 255 && !masked) return draw(Target(), {0xFFFFFFFF, nullptr});
   const bool readsBrush = (rop >> 4) != (rop & 15);
   cairo_t* below = Scratch(0);
   cairo_t* above = readsBrush ? Scratch(1) : nullptr;
@@ -252,7 +260,6 @@ void Canvas::Glyphs(cairo_font_face_t* face, const cairo_matrix_t& size, std::sp
   cairo_set_fill_rule(cairo, CAIRO_FILL_RULE_WINDING);
   SetPaint(cairo, {color, nullptr});
   cairo_fill(cairo);
-  Recover();
 }
 
 Path Canvas::Outlines(cairo_font_face_t* face, const cairo_matrix_t& size, std::span<const cairo_glyph_t> glyphs) {
@@ -281,15 +288,7 @@ Path Canvas::Outlines(cairo_font_face_t* face, const cairo_matrix_t& size, std::
     }
   }
   cairo_path_destroy(outlines);
-  Recover();
   return path;
-}
-
-void Canvas::Recover() {
-  if (cairo_status(cairo_.get()) == CAIRO_STATUS_SUCCESS) return;
-  cairo_.reset(cairo_create(surface_.get()));
-  cairo_set_antialias(cairo_.get(), CAIRO_ANTIALIAS_NONE);
-  clipPending_ = true;
 }
 
 void Canvas::Finish(std::uint32_t* pixels, std::size_t pixelsPerRow) const {

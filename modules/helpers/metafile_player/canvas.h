@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <ctime>
 #include <memory>
+#include <numeric>
 #include <span>
 #include <vector>
 
@@ -42,6 +43,9 @@ struct Stroke {
   cairo_line_join_t join = CAIRO_LINE_JOIN_MITER;
   double miterLimit = 1.5;
   std::vector<double> dashes;
+  cairo_matrix_t shape{1, 0, 0, 1, 0, 0};  // of the pen: what a circle becomes, at the same area
+
+  double DashPeriod() const { return std::accumulate(dashes.begin(), dashes.end(), 0.0); }
 };
 
 // Result bit for each of the eight cases of brush, source and target bit, in this order from the highest.
@@ -92,7 +96,7 @@ class Canvas {
   // With the clip set: the tile itself, and further surfaces of its size, which are empty. Null without memory.
   cairo_t* Target();
   cairo_t* Scratch(int which);
-  void ApplyClip(cairo_t* cairo, bool& pending) const;
+  cairo_t* Ready(Cairo& cairo, const Surface& surface, bool& clipPending) const;
   Surface NewSurface() const;
   std::uint32_t* Row(cairo_surface_t* surface, std::int32_t y) const;
   // Calls mix(target sample, scratch sample) where the first scratch surface was drawn on, and empties it.
@@ -103,8 +107,6 @@ class Canvas {
   static void SetPaint(cairo_t* cairo, const Paint& paint);
   void TraceGlyphs(cairo_t* cairo, cairo_font_face_t* face, const cairo_matrix_t& size,
                    std::span<const cairo_glyph_t> glyphs);
-  // The library draws nothing more with a context that has met an error.
-  void Recover();
 
   std::uint32_t paper_;
   std::uint64_t work_ = 0;

@@ -13,6 +13,21 @@ using platform::Record;
 constexpr std::uint32_t kBoldFrom = 600;
 constexpr std::size_t kMaxDashes = 16;
 constexpr std::size_t kFaceUnits = 32;
+constexpr std::size_t kMaxPaletteEntries = 65536;
+constexpr std::uint32_t kBlack = 0xFF000000;
+
+// Of screens with few colours: what a palette's numbers mean while none was selected.
+constexpr std::uint32_t kSystemColors[] = {0xFF000000, 0xFF800000, 0xFF008000, 0xFF808000, 0xFF000080,
+                                           0xFF800080, 0xFF008080, 0xFFC0C0C0, 0xFFC0DCC0, 0xFFA6CAF0,
+                                           0xFFFFFBF0, 0xFFA0A0A4, 0xFF808080, 0xFFFF0000, 0xFF00FF00,
+                                           0xFFFFFF00, 0xFF0000FF, 0xFFFF00FF, 0xFF00FFFF, 0xFFFFFFFF};
+
+// Red, green, blue and a byte of flags each.
+void ReadEntries(const Record& record, std::size_t at, std::size_t count, std::size_t to, Palette& palette) {
+  for (std::size_t i = 0; i < count && to + i < palette.size(); ++i) {
+    palette[to + i] = ColorWord(record.Long(at + 4 * i) & 0x00FFFFFF, {});
+  }
+}
 
 BrushHandle SolidBrush(std::uint32_t color) {
   auto brush = std::make_shared<Brush>();
@@ -29,8 +44,13 @@ PenHandle StockPen(std::uint32_t color, std::uint32_t style = platform::kPenSoli
 
 }  // namespace
 
-std::uint32_t ColorWord(std::uint32_t colorRef) {
-  return 0xFF000000 | (colorRef & 255) << 16 | (colorRef & 0xFF00) | (colorRef >> 16 & 255);
+std::uint32_t ColorWord(std::uint32_t colorRef, const Palette& palette) {
+  constexpr std::uint32_t kByNumber = 1;
+  if (colorRef >> 24 == kByNumber) {
+    const std::uint32_t number = colorRef & 0xFFFF;
+    return number < palette.size() ? palette[number] : kBlack;
+  }
+  return kBlack | (colorRef & 255) << 16 | (colorRef & 0xFF00) | (colorRef >> 16 & 255);
 }
 
 Object StockObjectOf(std::uint32_t handle) {
@@ -58,6 +78,8 @@ Object StockObjectOf(std::uint32_t handle) {
       return StockPen(0xFF000000);
     case platform::kNullPen:
       return StockPen(0xFF000000, platform::kPenNull);
+    case platform::kDefaultPalette:
+      return PaletteHandle(std::make_shared<Palette>(std::begin(kSystemColors), std::end(kSystemColors)));
     default:
       break;
   }
@@ -70,34 +92,66 @@ Object StockObjectOf(std::uint32_t handle) {
   return FontHandle(font);
 }
 
-PenHandle ReadPen(const Record& record) {
+PenHandle ReadPen(const Record& record, const Palette& palette) {
   auto pen = std::make_shared<Pen>();
   pen->style = record.Long(12) & 0xFFFF;
   pen->width = std::abs(static_cast<double>(record.SignedLong(16)));
-  pen->color = ColorWord(record.Long(24));
+  pen->color = ColorWord(record.Long(24), palette);
+  pen->dashedWhileThin = true;
   // Old pens above one pixel are geometric in all but name.
   if (pen->width > 0) pen->style |= platform::kPenGeometric;
   return pen;
 }
 
-PenHandle ReadExtPen(const Record& record) {
+PenHandle ReadExtPen(const Record& record, const Palette& palette, BrushHandle patternBrush) {
   auto pen = std::make_shared<Pen>();
   pen->style = record.Long(28);
   pen->width = pen->IsGeometric() ? record.Long(32) : 0;
-  pen->color = ColorWord(record.Long(40));
-  if (record.Long(36) == platform::kBrushNull) pen->style = platform::kPenNull;
+  pen->color = ColorWord(record.Long(40), palette);
+  const std::uint32_t brushStyle = record.Long(36);
+  if (brushStyle == platform::kBrushNull) pen->style = platform::kPenNull;
+  if (brushStyle == platform::kBrushHatched && pen->IsGeometric()) {
+    auto brush = std::make_shared<Brush>();
+    brush->style = brushStyle;
+    brush->color = pen->color;
+    brush->hatch = record.Long(44);
+    pen->brush = std::move(brush);
+  } else if (brushStyle > platform::kBrushHatched && pen->IsGeometric() && !patternBrush->IsNull()) {
+    pen->brush = std::move(patternBrush);
+  }
   const std::size_t dashes = std::min<std::size_t>({record.Long(48), record.Room(52, 4), kMaxDashes});
   for (std::size_t i = 0; i < dashes; ++i) pen->dashes.push_back(record.Long(52 + 4 * i));
   return pen;
 }
 
-BrushHandle ReadBrush(const Record& record) {
+BrushHandle ReadBrush(const Record& record, const Palette& palette) {
   auto brush = std::make_shared<Brush>();
   brush->style = record.Long(12);
-  brush->color = ColorWord(record.Long(16));
+  brush->color = ColorWord(record.Long(16), palette);
   brush->hatch = record.Long(20);
   if (brush->style > platform::kBrushHatched) brush->style = platform::kBrushSolid;
   return brush;
+}
+
+PaletteHandle ReadPalette(const Record& record) {
+  constexpr std::size_t kEntriesAt = 16;
+  auto palette = std::make_shared<Palette>(std::min<std::size_t>(record.Word(14), record.Room(kEntriesAt, 4)));
+  ReadEntries(record, kEntriesAt, palette->size(), 0, *palette);
+  return palette;
+}
+
+PaletteHandle ReadPaletteEntries(const Record& record, const Palette& before) {
+  constexpr std::size_t kEntriesAt = 20;
+  auto palette = std::make_shared<Palette>(before);
+  const std::size_t count = std::min<std::size_t>(record.Long(16), record.Room(kEntriesAt, 4));
+  ReadEntries(record, kEntriesAt, count, record.Long(12), *palette);
+  return palette;
+}
+
+PaletteHandle ResizedPalette(const Record& record, const Palette& before) {
+  auto palette = std::make_shared<Palette>(before);
+  palette->resize(std::min<std::size_t>(record.Long(12), kMaxPaletteEntries), kBlack);
+  return palette;
 }
 
 FontHandle ReadFont(const Record& record) {

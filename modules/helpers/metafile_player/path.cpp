@@ -69,6 +69,14 @@ Area Path::Extent() const {
   return area;
 }
 
+double Path::Length() const {
+  double length = 0;
+  for (std::size_t i = 1; i < spots_.size(); ++i) {
+    length += std::hypot(spots_[i].x - spots_[i - 1].x, spots_[i].y - spots_[i - 1].y);
+  }
+  return length;
+}
+
 void Path::Move(double dx, double dy) {
   for (Spot& spot : spots_) spot = {Held(spot.x + dx), Held(spot.y + dy)};
 }

@@ -41,6 +41,7 @@ class Path {
   std::size_t PointCount() const { return spots_.size(); }
   // Around all points, also those that steer curves.
   Area Extent() const;
+  double Length() const;  // with moves, and curves as their points lie
   void Move(double dx, double dy);
 
   void Trace(cairo_t* cairo) const;

@@ -9,18 +9,24 @@ namespace metafile_player {
 
 using platform::Record;
 
-namespace {
+namespace {}  // namespace
 
-platform::Transform ReadTransform(const Record& record) {
+platform::Transform Playback::ReadTransform(const Record& record, std::size_t at) {
   platform::Transform transform;
   double* const parts[] = {&transform.m11, &transform.m12, &transform.m21,
                            &transform.m22, &transform.dx,  &transform.dy};
   for (std::size_t i = 0; i < std::size(parts); ++i) {
-    *parts[i] = record.Float(8 + 4 * i);
+    *parts[i] = record.Float(at + 4 * i);
     if (!std::isfinite(*parts[i])) return {};
   }
   return transform;
 }
+
+namespace {
+
+// Of the bitmap of a pattern, as BitmapPlace says.
+constexpr std::size_t kPenUsage = 44, kPenPlaces = 12;
+constexpr std::size_t kBrushUsage = 12, kBrushPlaces = 16;
 
 template <typename Handle>
 Handle Stock(std::uint32_t handle) {
@@ -34,6 +40,7 @@ Playback::Playback(Canvas& canvas, Shared& shared, const Placement& placement)
   dc_.pen = Stock<PenHandle>(platform::kBlackPen);
   dc_.brush = Stock<BrushHandle>(platform::kWhiteBrush);
   dc_.font = Stock<FontHandle>(platform::kFirstStockFont + 3);
+  dc_.palette = Stock<PaletteHandle>(platform::kDefaultPalette);
   objects_.resize(std::clamp<std::size_t>(placement.handleCount, 1, kMaxHandles));
   MappingChanged();
 }
@@ -51,10 +58,10 @@ bool Playback::PlayState(const Record& record) {
       dc_.bkMode = value;
       return true;
     case platform::kEmrSetBkColor:
-      dc_.bkColor = ColorWord(value);
+      dc_.bkColor = ColorOf(value);
       return true;
     case platform::kEmrSetTextColor:
-      dc_.textColor = ColorWord(value);
+      dc_.textColor = ColorOf(value);
       return true;
     case platform::kEmrSetTextAlign:
       dc_.textAlign = value;
@@ -134,10 +141,10 @@ bool Playback::PlayMapping(const Record& record) {
       break;
     }
     case platform::kEmrSetWorldTransform:
-      mapping.world = ReadTransform(record);
+      mapping.world = ReadTransform(record, 8);
       break;
     case platform::kEmrModifyWorldTransform:
-      mapping.ModifyWorld(ReadTransform(record), record.Long(32));
+      mapping.ModifyWorld(ReadTransform(record, 8), record.Long(32));
       break;
     default:
       return false;
@@ -168,6 +175,7 @@ bool Playback::PlayObject(const Record& record) {
   const std::uint32_t handle = record.Long(8);
   switch (record.Type()) {
     case platform::kEmrSelectObject:
+    case platform::kEmrSelectPalette:
       if ((handle & platform::kStockObject) != 0) {
         Select(StockObjectOf(handle));
       } else if (handle < objects_.size()) {
@@ -178,24 +186,42 @@ bool Playback::PlayObject(const Record& record) {
       if (handle < objects_.size()) objects_[handle] = {};
       return true;
     case platform::kEmrCreatePen:
-      StoreObject(handle, ReadPen(record));
+      StoreObject(handle, ReadPen(record, *dc_.palette));
       return true;
     case platform::kEmrExtCreatePen:
-      StoreObject(handle, ReadExtPen(record));
+      StoreObject(handle, ReadExtPen(record, *dc_.palette, ReadPatternBrush(record, kPenUsage, kPenPlaces)));
       return true;
     case platform::kEmrCreateBrush:
-      StoreObject(handle, ReadBrush(record));
+      StoreObject(handle, ReadBrush(record, *dc_.palette));
       return true;
     case platform::kEmrCreateMonoBrush:
     case platform::kEmrCreateDibPatternBrush:
-      StoreObject(handle, ReadPatternBrush(record));
+      StoreObject(handle, ReadPatternBrush(record, kBrushUsage, kBrushPlaces));
       return true;
     case platform::kEmrCreateFont:
       StoreObject(handle, ReadFont(record));
       return true;
+    case platform::kEmrCreatePalette:
+      StoreObject(handle, ReadPalette(record));
+      return true;
+    case platform::kEmrSetPaletteEntries:
+    case platform::kEmrResizePalette:
+      ChangePalette(record);
+      return true;
     default:
       return false;
   }
+}
+
+// Also where it is selected.
+void Playback::ChangePalette(const Record& record) {
+  const std::uint32_t handle = record.Long(8);
+  auto* stored = handle < objects_.size() ? std::get_if<PaletteHandle>(&objects_[handle]) : nullptr;
+  if (stored == nullptr) return;
+  const PaletteHandle changed = record.Type() == platform::kEmrResizePalette ? ResizedPalette(record, **stored)
+                                                                             : ReadPaletteEntries(record, **stored);
+  if (dc_.palette == *stored) dc_.palette = changed;
+  *stored = changed;
 }
 
 void Playback::StoreObject(std::uint32_t handle, Object object) {
@@ -209,6 +235,7 @@ void Playback::Select(const Object& object) {
   if (const auto* pen = std::get_if<PenHandle>(&object)) dc_.pen = *pen;
   if (const auto* brush = std::get_if<BrushHandle>(&object)) dc_.brush = *brush;
   if (const auto* font = std::get_if<FontHandle>(&object)) dc_.font = *font;
+  if (const auto* palette = std::get_if<PaletteHandle>(&object)) dc_.palette = *palette;
 }
 
 }  // namespace metafile_player

@@ -28,6 +28,7 @@ struct Placement {
   double perMmX = 1;  // device units to a millimetre
   double perMmY = 1;
   platform::Transform deviceToSamples;
+  double pixelsPerScreenPixel = 1;  // of the picture, to one of a screen that shows it at its size
   std::size_t handleCount = 0;
 };
 
@@ -37,6 +38,7 @@ struct DeviceContext {
   PenHandle pen;
   BrushHandle brush;
   FontHandle font;
+  PaletteHandle palette;
   std::uint32_t bkMode = platform::kOpaqueMode;
   std::uint32_t bkColor = 0xFFFFFFFF;  // colours are pixel words
   std::uint32_t textColor = 0xFF000000;
@@ -81,6 +83,8 @@ class Playback {
   void SaveState();
   void RestoreState(std::int32_t which);
   void Select(const Object& object);
+  void ChangePalette(const Record& record);
+  std::uint32_t ColorOf(std::uint32_t colorRef) const { return ColorWord(colorRef, *dc_.palette); }
   void StoreObject(std::uint32_t handle, Object object);
   void MappingChanged();
   void ClipChanged();
@@ -89,6 +93,7 @@ class Playback {
   Spot ToSamples(double x, double y) const { return {toSamples_.X(x, y), toSamples_.Y(x, y)}; }
   Spot ToSamples(Spot at) const { return ToSamples(at.x, at.y); }
   double Scale() const;  // samples to a logical unit, as a mean over the directions
+  static platform::Transform ReadTransform(const Record& record, std::size_t at);
   static Area BoxAt(const Record& record, std::size_t at);
   static Spot SpotAt(const Record& record, std::size_t at);
   std::vector<Spot> ReadPoints(const Record& record, std::size_t at, std::size_t count, bool narrow) const;
@@ -107,8 +112,11 @@ class Playback {
   void GradientTriangle(const Spot* corners, const std::uint32_t* colors);
   void Draw(const Path& path, bool fill, bool stroke);
   void FillWith(const Path& path, const BrushHandle& brush, bool winding);
-  void StrokeWith(const Path& path);
+  void StrokeWith(const Path& path, const Pen& pen);
+  void FillOutline(const Path& path);
   Stroke StrokeOf(const Pen& pen) const;
+  // In samples; the ends of the line may change with them.
+  std::vector<double> DashesOf(const Pen& pen, bool wide, Stroke& stroke) const;
 
   // Brushes as the library wants them; `owner` keeps the pattern.
   Paint PaintOf(const Brush& brush, Pattern& owner) const;
@@ -128,15 +136,29 @@ class Playback {
   Parallelogram LogicalBox(double x, double y, double width, double height) const;
   static Path PathOf(const Parallelogram& target);
   static Pattern PatternOf(cairo_surface_t* surface, const Part& part, const Parallelogram& target, bool smooth);
-  std::shared_ptr<const Bitmap> BitmapOf(const Record& record, std::size_t places, AlphaOf alpha);
+  // Where a record says how a bitmap's colours are meant, and four numbers on its header and its rows.
+  struct BitmapPlace {
+    std::size_t usage, places;
+  };
+  std::shared_ptr<const Bitmap> BitmapOf(const Record& record, const BitmapPlace& place, AlphaOf alpha);
+  std::vector<std::uint8_t> WithPaletteColors(std::span<const std::uint8_t> header, std::uint32_t usage) const;
+  // `bitmap` in the colours that black and white mean on the target, where it has only these two.
+  std::shared_ptr<const Bitmap> InTargetColors(std::shared_ptr<const Bitmap> bitmap) const;
+  static constexpr BitmapPlace kBlitPlace{80, 84};  // in BITBLT and its kin
+  static Part SourcePart(const Record& record, std::size_t at, std::size_t mapAt, double width, double height);
+  std::shared_ptr<const Bitmap> SomeRows(const Record& record, const BitmapPlace& place, Part& part);
+  void SpendOn(const Bitmap* bitmap);
   void Blit(const Record& record, bool stretched);
   void MaskBlit(const Record& record);
   void PlaceDib(const Record& record, bool stretched);
   void AlphaBlend(const Record& record);
   void TransparentBlit(const Record& record);
   void ParallelogramBlit(const Record& record);
-  void CombineBitmap(const Bitmap* bitmap, const Part& part, const Parallelogram& target, std::uint32_t rop);
-  BrushHandle ReadPatternBrush(const Record& record);
+  // With `masked`, samples of the bitmap that are left out keep the target whatever the operation.
+  void CombineBitmap(const Bitmap* bitmap, Part part, Parallelogram target, std::uint32_t rop, bool masked = false);
+  void CombineMasked(const Record& record, std::size_t maskAt, std::shared_ptr<const Bitmap> bitmap, Part part,
+                     const Parallelogram& target, std::uint32_t rop);
+  BrushHandle ReadPatternBrush(const Record& record, std::size_t usageAt, std::size_t places);
 
   // Text.
   struct TextRun {
@@ -165,6 +187,7 @@ class Playback {
   std::vector<Object> objects_;
   Path path_;
   bool pathOpen_ = false;    // between its begin and its end
+  bool pathWidened_ = false;
   bool figureOpen_ = false;  // the open path has a figure to go on with
 };
 

@@ -17,13 +17,17 @@ constexpr double kPi = 3.14159265358979323846;
 // The middle of a pixel of the picture lies so many samples from its edge: lines run through it.
 constexpr double kHalfPixel = kSamples / 2.0;
 constexpr double kMaxWidth = 262144;  // samples: wider than any picture
-constexpr double kShortestDash = 1;
+constexpr double kShortestDash = 0.25;
+constexpr double kMaxDashCount = 100000;
+constexpr double kSquare = 1.02;  // axes that differ by less count as equal
+constexpr double kFlattest = 1e4;
+constexpr double kThinPen = 1.5;  // pixels of a screen
 constexpr std::size_t kCountAt = 24;
 constexpr std::size_t kPointsAt = 28;
 
 // The lengths of marks and gaps, in widths of a wide line or in pixels of a thin one.
-std::vector<double> DashesOf(std::uint32_t style, bool wide) {
-  switch (style & platform::kPenStyleMask) {
+std::vector<double> StyleDashes(std::uint32_t style, bool wide) {
+  switch (style) {
     case platform::kPenDash:
       return wide ? std::vector<double>{3, 1} : std::vector<double>{18, 6};
     case platform::kPenDot:
@@ -165,29 +169,39 @@ void Playback::GoOn(const std::vector<Spot>& points, bool curves) {
     }
   }
   dc_.position = points[points.size() / step * step - 1];
-  if (!pathOpen_) StrokeWith(alone);
+  if (!pathOpen_) StrokeWith(alone, *dc_.pen);
 }
 
 void Playback::PolyDraw(const Record& record, bool narrow) {
   enum : std::uint8_t { kClose = 1, kLine = 2, kCurve = 4, kMove = 6 };
   const std::vector<Spot> points = ReadPoints(record, kPointsAt, record.Long(kCountAt), narrow);
   const std::size_t kindsAt = kPointsAt + points.size() * (narrow ? 4 : 8);
-  Path path;
-  path.MoveTo(ToSamples(dc_.position));
+  if (pathOpen_ && path_.PointCount() + points.size() > kMaxPoints) return;
+  Path alone;
+  if (!pathOpen_) alone.MoveTo(ToSamples(dc_.position));
+  Path& path = pathOpen_ ? path_ : alone;
   for (std::size_t i = 0; i < points.size(); ++i) {
     const std::uint8_t kind = record.Byte(kindsAt + i);
     if ((kind & kMove) == kMove) {
       path.MoveTo(ToSamples(points[i]));
-    } else if ((kind & kLine) != 0) {
+      figureOpen_ = pathOpen_;
+      dc_.position = points[i];
+      continue;
+    }
+    if (pathOpen_) BeginFigureAtPosition();
+    if ((kind & kLine) != 0) {
       path.LineTo(ToSamples(points[i]));
     } else if ((kind & kCurve) != 0 && i + 2 < points.size()) {
       path.CurveTo(ToSamples(points[i]), ToSamples(points[i + 1]), ToSamples(points[i + 2]));
       i += 2;
     }
     dc_.position = points[i];
-    if ((record.Byte(kindsAt + i) & kClose) != 0) path.Close();
+    if ((record.Byte(kindsAt + i) & kClose) != 0) {
+      path.Close();
+      figureOpen_ = false;
+    }
   }
-  Draw(path, false, true);
+  if (!pathOpen_) StrokeWith(alone, *dc_.pen);
 }
 
 bool Playback::PlayShape(const Record& record) {
@@ -213,7 +227,7 @@ bool Playback::PlayShape(const Record& record) {
       const double height = std::max<double>(kSamples, std::abs(placement_.deviceToSamples.m22));
       Path path;
       path.AddBox({at.x, at.y, at.x + width, at.y + height});
-      canvas_.Fill(path, false, {ColorWord(record.Long(16)), nullptr}, platform::kRop2CopyPen);
+      canvas_.Fill(path, false, {ColorOf(record.Long(16)), nullptr}, platform::kRop2CopyPen);
       return true;
     }
     case platform::kEmrGradientFill:
@@ -293,7 +307,7 @@ void Playback::ArcShape(const Record& record) {
     }
     AddArc(pathOpen_ ? path_ : alone, toSamples_, box, start, sweep, true);
     dc_.position = {middleX + radiusX * std::cos(start + sweep), middleY - radiusY * std::sin(start + sweep)};
-    if (!pathOpen_) StrokeWith(alone);
+    if (!pathOpen_) StrokeWith(alone, *dc_.pen);
     return;
   }
   Path path;
@@ -319,21 +333,29 @@ void Playback::AngleArc(const Record& record) {
   const double bounded = std::clamp(sweep, -4 * kPi, 4 * kPi);
   AddArc(pathOpen_ ? path_ : alone, toSamples_, box, start, bounded, true);
   dc_.position = {middle.x + radius * std::cos(start + bounded), middle.y - radius * std::sin(start + bounded)};
-  if (!pathOpen_) StrokeWith(alone);
+  if (!pathOpen_) StrokeWith(alone, *dc_.pen);
 }
 
 bool Playback::PlayPath(const Record& record) {
   const auto finish = [&](bool fill, bool stroke) {
     // Also without its end: what stands in it by now is drawn.
     pathOpen_ = false;
-    Draw(path_, fill, stroke);
+    if (pathWidened_) {
+      FillOutline(path_);
+    } else {
+      Draw(path_, fill, stroke);
+    }
     path_.Clear();
   };
   switch (record.Type()) {
     case platform::kEmrBeginPath:
       path_.Clear();
       pathOpen_ = true;
+      pathWidened_ = false;
       figureOpen_ = false;
+      return true;
+    case platform::kEmrWidenPath:
+      pathWidened_ = true;
       return true;
     case platform::kEmrEndPath:
       pathOpen_ = false;
@@ -374,7 +396,7 @@ void Playback::Draw(const Path& path, bool fill, bool stroke) {
     return;
   }
   if (fill) FillWith(path, dc_.brush, dc_.polyFillMode == platform::kFillWinding);
-  if (stroke) StrokeWith(path);
+  if (stroke) StrokeWith(path, *dc_.pen);
 }
 
 void Playback::FillWith(const Path& path, const BrushHandle& brush, bool winding) {
@@ -384,23 +406,36 @@ void Playback::FillWith(const Path& path, const BrushHandle& brush, bool winding
   canvas_.Fill(path, winding, paint, dc_.rop2);
 }
 
-void Playback::StrokeWith(const Path& path) {
-  const Pen& pen = *dc_.pen;
+// What the pen would cover, painted by the brush.
+void Playback::FillOutline(const Path& path) {
+  if (dc_.brush->IsNull()) return;
+  Pen pen = *dc_.pen;
+  pen.color = dc_.brush->color;
+  pen.brush = dc_.brush->style == platform::kBrushSolid ? nullptr : dc_.brush;
+  StrokeWith(path, pen);
+}
+
+void Playback::StrokeWith(const Path& path, const Pen& pen) {
   if (pen.IsNull()) return;
   Path shifted = path;
   shifted.Move(kHalfPixel, kHalfPixel);
   Stroke stroke = StrokeOf(pen);
+  // Dashes that could never be told apart would take forever.
+  if (!stroke.dashes.empty() && shifted.Length() > kMaxDashCount * stroke.DashPeriod()) stroke.dashes.clear();
   if (!stroke.dashes.empty() && !pen.IsGeometric() && dc_.bkMode == platform::kOpaqueMode) {
     Stroke gaps = stroke;
     gaps.dashes.clear();
     canvas_.Line(shifted, gaps, {dc_.bkColor, nullptr}, dc_.rop2);
   }
-  canvas_.Line(shifted, stroke, {pen.color, nullptr}, dc_.rop2);
+  Pattern owner;
+  const Paint paint = pen.brush != nullptr ? PaintOf(*pen.brush, owner) : Paint{pen.color, nullptr};
+  canvas_.Line(shifted, stroke, paint, dc_.rop2);
 }
 
 Stroke Playback::StrokeOf(const Pen& pen) const {
   Stroke stroke;
-  const double wanted = pen.width * Scale();
+  const double scale = Scale();
+  const double wanted = pen.width * scale;
   const bool wide = pen.IsGeometric() && wanted > kSamples;
   stroke.width = wide ? std::min(wanted, kMaxWidth) : kSamples;
   if (wide) {
@@ -413,19 +448,45 @@ Stroke Playback::StrokeOf(const Pen& pen) const {
                   : join == platform::kPenJoinBevel ? CAIRO_LINE_JOIN_BEVEL
                                                     : CAIRO_LINE_JOIN_ROUND;
     stroke.miterLimit = dc_.miterLimit;
+    // A pen is round in logical units, and an ellipse where these aren't square.
+    const double across = std::hypot(toSamples_.m11, toSamples_.m12) / scale;
+    const double down = std::hypot(toSamples_.m21, toSamples_.m22) / scale;
+    const double most = std::max(across, down), least = std::min(across, down);
+    if (most > kSquare * least && most < kFlattest * least && stroke.width * most < kMaxWidth) {
+      cairo_matrix_init(&stroke.shape, toSamples_.m11 / scale, toSamples_.m12 / scale, toSamples_.m21 / scale,
+                        toSamples_.m22 / scale, 0, 0);
+    }
   }
+  stroke.dashes = DashesOf(pen, wide, stroke);
+  return stroke;
+}
+
+std::vector<double> Playback::DashesOf(const Pen& pen, bool wide, Stroke& stroke) const {
+  const std::uint32_t style = pen.style & platform::kPenStyleMask;
+  if (pen.dashedWhileThin && pen.IsGeometric()) {
+    const double pixels = pen.width * Scale() / kSamples / placement_.pixelsPerScreenPixel;
+    if (pixels > kThinPen) return {};
+  }
+  std::vector<double> dashes = StyleDashes(style, pen.IsGeometric() && !pen.dashedWhileThin);
   double unit = wide ? stroke.width : kSamples;
-  std::vector<double> dashes = DashesOf(pen.style, pen.IsGeometric());
-  if ((pen.style & platform::kPenStyleMask) == platform::kPenUserStyle) {
+  if (style == platform::kPenUserStyle) {
     dashes.assign(pen.dashes.begin(), pen.dashes.end());
     if (pen.IsGeometric()) unit = Scale();
   }
-  if (dashes.empty()) return stroke;
-  // Dashes are longer by the line's ends than their marks say.
-  if (!wide || stroke.cap == CAIRO_LINE_CAP_SQUARE) stroke.cap = CAIRO_LINE_CAP_BUTT;
-  for (double& dash : dashes) dash = std::clamp(dash * unit, kShortestDash, kMaxWidth);
-  stroke.dashes = std::move(dashes);
-  return stroke;
+  for (double& dash : dashes) dash *= unit;
+  if (wide && stroke.cap != CAIRO_LINE_CAP_BUTT && !dashes.empty()) {
+    // The ends of a line belong to its dashes; they must not fill the gaps.
+    if (dashes.size() % 2 != 0) dashes.insert(dashes.end(), dashes.begin(), dashes.end());
+    for (std::size_t i = 0; i < dashes.size(); i += 2) {
+      const double ends = std::clamp(dashes[i] - kShortestDash, 0.0, stroke.width);
+      dashes[i] -= ends;
+      dashes[i + 1] += ends;
+    }
+  } else if (!dashes.empty()) {
+    stroke.cap = CAIRO_LINE_CAP_BUTT;
+  }
+  for (double& dash : dashes) dash = std::clamp(dash, kShortestDash, kMaxWidth);
+  return dashes;
 }
 
 namespace {
@@ -473,32 +534,21 @@ Surface HatchCell(std::uint32_t hatch, std::uint32_t color, std::uint32_t betwee
   return cell;
 }
 
-// A copy in which dark pixels take one colour and bright ones the other.
-Surface TwoColored(cairo_surface_t* from, std::uint32_t dark, std::uint32_t bright) {
-  const int width = cairo_image_surface_get_width(from);
-  const int height = cairo_image_surface_get_height(from);
-  Surface copy(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height));
-  cairo_surface_flush(copy.get());
-  std::uint8_t* to = cairo_image_surface_get_data(copy.get());
-  if (to == nullptr) return copy;
-  const std::uint8_t* row = cairo_image_surface_get_data(from);
-  for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; ++x) {
-      const bool isBright = (reinterpret_cast<const std::uint32_t*>(row)[x] & 0x8000) != 0;
-      reinterpret_cast<std::uint32_t*>(to)[x] = isBright ? bright : dark;
-    }
-    row += cairo_image_surface_get_stride(from);
-    to += cairo_image_surface_get_stride(copy.get());
-  }
-  cairo_surface_mark_dirty(copy.get());
-  return copy;
-}
-
 }  // namespace
 
 Paint Playback::PaintOf(const Brush& brush, Pattern& owner) const {
   double perPixel = 1;
   if (brush.style == platform::kBrushHatched) {
+    switch (brush.hatch) {
+      case platform::kHatchTextColor:
+      case platform::kHatchTextColorDithered:
+        return {dc_.textColor, nullptr};
+      case platform::kHatchBkColor:
+      case platform::kHatchBkColorDithered:
+        return {dc_.bkColor, nullptr};
+      default:
+        break;
+    }
     const std::uint32_t between = dc_.bkMode == platform::kTransparentMode ? 0 : dc_.bkColor;
     owner.reset(cairo_pattern_create_for_surface(HatchCell(brush.hatch, brush.color, between).get()));
   } else if (brush.bitmap != nullptr) {

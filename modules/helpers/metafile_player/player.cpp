@@ -17,11 +17,12 @@ using platform::Record;
 constexpr std::int32_t kMaxTileSide = 8191;
 constexpr std::int64_t kMaxTilePixels = std::int64_t{1} << 20;
 
+constexpr double kScreenUnitsPerMm = 96 / 25.4;
+
 // Units of the recorded device to a millimetre; plain screens where the header doesn't tell.
 double PerMm(std::uint32_t device, std::uint32_t micrometres, std::uint32_t millimetres) {
-  constexpr double kScreen = 96 / 25.4;
   const double mm = micrometres != 0 ? micrometres / 1000.0 : millimetres;
-  return device == 0 || mm == 0 ? kScreen : device / mm;
+  return device == 0 || mm == 0 ? kScreenUnitsPerMm : device / mm;
 }
 
 bool ReadPlacement(const Record& header, std::int32_t width, std::int32_t height, Placement& placement) {
@@ -41,6 +42,7 @@ bool ReadPlacement(const Record& header, std::int32_t width, std::int32_t height
                                kFrameUnitsPerMm / placement.perMmY * yScale,
                                -left * xScale,
                                -top * yScale};
+  placement.pixelsPerScreenPixel = std::sqrt(xScale * yScale) / kSamples * kFrameUnitsPerMm / kScreenUnitsPerMm;
   return true;
 }
 
