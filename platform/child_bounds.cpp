@@ -109,8 +109,9 @@ void GiveUpCalls() {
 
 }  // namespace
 
-void BindChild(const ChildLimits& limits, std::uint64_t addressSpace) {
+void BindChild(const ChildLimits& limits, pid_t parent, std::uint64_t addressSpace) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (getppid() != parent) _exit(0);  // it ended before it could be told of
   prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
   Limit(RLIMIT_CORE, 0);
   Limit(RLIMIT_FSIZE, 0);

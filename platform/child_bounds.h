@@ -6,8 +6,8 @@
 namespace platform {
 
 // To be called in a child between fork and its work. Sets the limits and gives up all rights that drawing a document
-// does not need; see ChildProcess. `addressSpace` is what the child has already.
-void BindChild(const ChildLimits& limits, std::uint64_t addressSpace);
+// does not need; see ChildProcess. `parent` is the process that forked, `addressSpace` what the child has already.
+void BindChild(const ChildLimits& limits, pid_t parent, std::uint64_t addressSpace);
 
 }  // namespace platform
 

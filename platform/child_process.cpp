@@ -114,12 +114,13 @@ ChildProcess ChildProcess::Program(const std::vector<std::string>& arguments, st
   for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
   words.push_back(nullptr);
   char* environment[] = {const_cast<char*>("PATH=/usr/bin:/bin"), const_cast<char*>("LC_ALL=C"), nullptr};
+  const pid_t parent = getpid();
   pid_t pid = -1;
   if (!file.empty() && source >= 0 && output.ends[1] >= 0) pid = fork();
   if (pid == 0) {
     SetDescriptors(source, output.ends[1]);
     ResetSignals();
-    BindChild(limits, 0);
+    BindChild(limits, parent, 0);
     execve(file.c_str(), words.data(), environment);
     _exit(127);
   }
@@ -131,11 +132,12 @@ ChildProcess ChildProcess::Program(const std::vector<std::string>& arguments, st
 ChildProcess ChildProcess::Copy(const std::function<void(int output)>& work, const ChildLimits& limits) {
   const std::uint64_t space = AddressSpace();
   const Pipe output;
+  const pid_t parent = getpid();
   const pid_t pid = output.ends[1] >= 0 ? fork() : -1;
   if (pid == 0) {
     SetDescriptors(-1, output.ends[1]);
     ResetSignals();
-    BindChild(limits, space);
+    BindChild(limits, parent, space);
     work(STDOUT_FILENO);
     _exit(0);
   }

@@ -16,8 +16,9 @@ namespace platform {
 // What a child may use up. Over any of these it is killed, or its allocations fail.
 struct ChildLimits {
   std::uint32_t cpuSeconds = 30;
-  std::uint64_t memoryBytes = std::uint64_t{1} << 30;  // of address space beyond what this process has
-  std::uint32_t milliseconds = 4500;                   // from the start, or from the last ExtendTime, to the end
+  // Of address space beyond what this process has; with what both share a child stays below 1 GiB.
+  std::uint64_t memoryBytes = std::uint64_t{960} << 20;
+  std::uint32_t milliseconds = 4500;  // from the start, or from the last ExtendTime, to the end
 };
 
 // Work on something that can't be trusted, in a process of its own. The child can make no file, can write to none but

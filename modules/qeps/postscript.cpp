@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -17,6 +18,8 @@ namespace qeps {
 namespace {
 
 constexpr const char* kInterpreter = "gs";
+// Each page that a script announces may take as long as ChildLimits gives by itself, all together so many milliseconds.
+constexpr std::uint32_t kAllPages = 30000;
 constexpr std::uint32_t kDosMark = 0xC6D3D0C5;  // as a little-endian number
 
 std::span<const std::uint8_t> Part(std::span<const std::uint8_t> file, std::size_t offset, std::size_t length) {
@@ -65,11 +68,61 @@ std::vector<std::string> Arguments(const Resolution& dpi, std::uint32_t samples)
   return arguments;
 }
 
+void ReadLines(std::string_view text, ScriptComments& found) {
+  constexpr std::string_view kLater = " (atend)";
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
+    const std::string_view line = text.substr(0, end);
+    text.remove_prefix(std::min(end + 1, text.size()));
+    const std::string_view box = Rest(line, "%%BoundingBox:");
+    const std::string_view pages = Rest(line, "%%Pages:");
+    double numbers[4] = {};
+    if (Numbers(box, numbers) == 4) {
+      std::copy(std::begin(numbers), std::end(numbers), std::begin(found.box));
+      found.width = std::ceil(std::clamp(numbers[2] - numbers[0], 0.0, 65535.0));
+      found.height = std::ceil(std::clamp(numbers[3] - numbers[1], 0.0, 65535.0));
+    } else if (Numbers(pages, numbers) >= 1) {
+      found.pages = static_cast<std::uint32_t>(std::clamp(numbers[0], 1.0, static_cast<double>(modules::kMaxPages)));
+    }
+    found.boxAtEnd = found.boxAtEnd || box.substr(0, kLater.size()) == kLater;
+  }
+}
+
+// By the comments that begin each; 1 without any.
+std::uint32_t CountPages(std::string_view text) {
+  constexpr std::string_view kPage = "%%Page:";
+  std::uint32_t pages = 0;
+  for (std::size_t at = text.find(kPage); at != std::string_view::npos; at = text.find(kPage, at + kPage.size())) {
+    const bool beginsLine = at == 0 || text[at - 1] == '\n' || text[at - 1] == '\r';
+    if (beginsLine && ++pages == modules::kMaxPages) break;
+  }
+  return std::max(pages, 1U);
+}
+
+// The interpreter looks for the box at the beginning only.
+std::vector<std::uint8_t> WithBox(const ScriptComments& comments, std::span<const std::uint8_t> script) {
+  char header[200];
+  std::snprintf(header, sizeof(header),
+                "%%!PS-Adobe-3.0 EPSF-3.0\n%%%%BoundingBox: %.6g %.6g %.6g %.6g\n%%%%EndComments\n", comments.box[0],
+                comments.box[1], comments.box[2], comments.box[3]);
+  std::vector<std::uint8_t> boxed(header, header + std::strlen(header));
+  boxed.insert(boxed.end(), script.begin(), script.end());
+  return boxed;
+}
+
+// From where the language begins: before it may stand what switches a printer to it.
+std::span<const std::uint8_t> WithoutPrologue(std::span<const std::uint8_t> script) {
+  constexpr std::size_t kFarthest = 4096;
+  const std::string_view text(reinterpret_cast<const char*>(script.data()), std::min(script.size(), kFarthest));
+  const std::size_t start = text.find("%!PS");
+  return start == std::string_view::npos ? script : script.subspan(start);
+}
+
 }  // namespace
 
 EpsParts SplitEps(std::span<const std::uint8_t> file) {
   modules::ByteReader in(file);
-  if (in.Long() != kDosMark) return {file, {}};
+  if (in.Long() != kDosMark) return {WithoutPrologue(file), {}};
   const std::size_t script = in.Long();
   const std::size_t scriptBytes = in.Long();
   in.Skip(8);
@@ -81,20 +134,15 @@ EpsParts SplitEps(std::span<const std::uint8_t> file) {
 
 ScriptComments ReadComments(std::span<const std::uint8_t> script) {
   constexpr std::size_t kBeginning = 65536;
-  std::string_view text(reinterpret_cast<const char*>(script.data()), std::min(script.size(), kBeginning));
+  constexpr std::size_t kEnd = 8192;
+  const std::string_view text(reinterpret_cast<const char*>(script.data()), script.size());
   ScriptComments found;
-  while (!text.empty()) {
-    const std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
-    const std::string_view line = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
-    double numbers[4] = {};
-    if (Numbers(Rest(line, "%%BoundingBox:"), numbers) == 4) {
-      found.width = std::ceil(std::clamp(numbers[2] - numbers[0], 0.0, 65535.0));
-      found.height = std::ceil(std::clamp(numbers[3] - numbers[1], 0.0, 65535.0));
-    } else if (Numbers(Rest(line, "%%Pages:"), numbers) >= 1) {
-      found.pages = static_cast<std::uint32_t>(std::clamp(numbers[0], 1.0, static_cast<double>(modules::kMaxPages)));
-    }
-  }
+  const std::size_t header = std::min(text.size(), kBeginning);
+  ReadLines(text.substr(0, header), found);
+  // What the header leaves to the end stands in its last lines.
+  if (found.boxAtEnd || found.pages == 0)
+    ReadLines(text.substr(std::max(header, text.size() - std::min(text.size(), kEnd))), found);
+  if (found.pages == 0) found.pages = CountPages(text);
   return found;
 }
 
@@ -103,6 +151,12 @@ bool HasInterpreter() { return platform::ProgramExists(kInterpreter); }
 std::uint32_t LoadPostScript(std::span<const std::uint8_t> script, const Resolution& dpi,
                              glib::ImageDataExchange& exchange) {
   const std::uint32_t samples = SamplesFor(dpi);
+  const ScriptComments comments = ReadComments(script);
+  std::vector<std::uint8_t> boxed;
+  if (comments.boxAtEnd && comments.width > 0 && comments.height > 0) {
+    boxed = WithBox(comments, script);
+    script = boxed;
+  }
   auto child = platform::ChildProcess::Program(Arguments(dpi, samples), script, {});
   if (!child.Started()) return modules::Fail(exchange, glib::NSUP, "Ghostscript can't be started");
   PixmapStream pages(child);
@@ -110,6 +164,8 @@ std::uint32_t LoadPostScript(std::span<const std::uint8_t> script, const Resolut
     modules::Page& page = *exchange.pages.At(exchange.pages.count - 1);
     page.dpiX = dpi.x;
     page.dpiY = dpi.y;
+    // A script may show pages for ever, but not more than it says.
+    if (exchange.pages.count < comments.pages) child.ExtendTime(kAllPages);
   }
   const std::uint32_t result = exchange.pages.count != 0 ? glib::RCOK : glib::IERR;
   if (child.TimedOut()) return modules::Fail(exchange, result, "The script takes too long");

@@ -21,7 +21,9 @@ EpsParts SplitEps(std::span<const std::uint8_t> file);
 struct ScriptComments {
   double width = 0;  // points
   double height = 0;
-  std::uint32_t pages = 1;
+  double box[4] = {};       // left, bottom, right, top
+  bool boxAtEnd = false;    // behind the script instead of before it
+  std::uint32_t pages = 0;  // as the comments say or show, at least 1
 };
 
 ScriptComments ReadComments(std::span<const std::uint8_t> script);

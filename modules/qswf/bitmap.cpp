@@ -34,16 +34,24 @@ std::vector<std::uint8_t> JoinedJpeg(std::span<const std::uint8_t> tables, std::
   }
 }
 
-PicturePtr Decode(std::span<const std::uint8_t> jpeg) {
+bool IsPng(std::span<const std::uint8_t> bytes) {
+  constexpr std::array<std::uint8_t, 4> kMark = {0x89, 'P', 'N', 'G'};
+  return bytes.size() > kMark.size() && std::equal(kMark.begin(), kMark.end(), bytes.begin());
+}
+
+PicturePtr Decode(std::span<const std::uint8_t> bytes) {
   auto picture = std::make_unique<modules::Picture>();
-  return modules::DecodeJpeg(jpeg, *picture) ? std::move(picture) : nullptr;
+  const bool done = IsPng(bytes) ? modules::DecodePng(bytes, *picture) : modules::DecodeJpeg(bytes, *picture);
+  return done ? std::move(picture) : nullptr;
 }
 
 PicturePtr DecodeWithAlpha(std::span<const std::uint8_t> data, bool withFilter) {
   modules::ByteReader in(data);
   const std::size_t size = in.Long();
   if (withFilter) in.Skip(2);
-  const PicturePtr opaque = Decode(JoinedJpeg({}, in.Take(size)));
+  const auto body = in.Take(size);
+  if (IsPng(body)) return Decode(body);
+  const PicturePtr opaque = Decode(JoinedJpeg({}, body));
   if (opaque == nullptr) return nullptr;
   auto picture = std::make_unique<modules::Picture>();
   if (!picture->Allocate(opaque->width, opaque->height, 32)) return nullptr;
@@ -159,7 +167,7 @@ std::unique_ptr<modules::Picture> DecodeBitmap(const BitmapTag& tag, std::span<c
     case kBits:
       return Decode(JoinedJpeg(tables, tag.data));
     case kJpeg2:
-      return Decode(JoinedJpeg({}, tag.data));
+      return Decode(IsPng(tag.data) ? std::vector(tag.data.begin(), tag.data.end()) : JoinedJpeg({}, tag.data));
     case kJpeg3:
     case kJpeg4:
       return DecodeWithAlpha(tag.data, tag.code == kJpeg4);

@@ -47,15 +47,34 @@ Font ReadFont1(std::span<const std::uint8_t> data) {
 }
 
 Font ReadFont2(std::span<const std::uint8_t> data, bool third) {
-  constexpr std::uint32_t kWideOffsets = 0x08;
+  enum Flag : std::uint32_t { kBold = 0x01, kItalic = 0x02, kWideCodes = 0x04, kWideOffsets = 0x08, kHasLayout = 0x80 };
   Font font;
   if (third) font.unitsPerEm = 20480;
   modules::ByteReader in(data);
   const std::uint32_t flags = in.Byte();
   in.Skip(1);
-  in.Skip(in.Byte());
+  const auto name = in.Take(in.Byte());
+  font.name.assign(name.begin(), std::find(name.begin(), name.end(), std::uint8_t{0}));
+  font.bold = (flags & kBold) != 0;
+  font.italic = (flags & kItalic) != 0;
   const std::size_t count = in.Word();
-  ReadGlyphs(From(data, in.Position()), count, (flags & kWideOffsets) != 0, font);
+  const auto table = From(data, in.Position());
+  const bool wide = (flags & kWideOffsets) != 0;
+  ReadGlyphs(table, count, wide, font);
+  // Behind the offsets of the glyphs that of what characters they are.
+  modules::ByteReader offsets(table);
+  offsets.Skip(count * (wide ? 4 : 2));
+  modules::ByteReader behind(From(table, wide ? offsets.Long() : offsets.Word()));
+  if (offsets.Failed() || font.glyphs.size() != count) return font;
+  const bool wideCodes = third || (flags & kWideCodes) != 0;
+  for (std::size_t i = 0; i < count && !behind.AtEnd(); ++i) {
+    font.indices.emplace(static_cast<char16_t>(wideCodes ? behind.Word() : behind.Byte()), i);
+  }
+  if ((flags & kHasLayout) == 0) return font;
+  font.ascent = behind.Word();
+  behind.Skip(4);
+  for (std::size_t i = 0; i < count; ++i) font.advances.push_back(behind.SignedWord());
+  if (behind.Failed()) font.advances.clear();
   return font;
 }
 
@@ -212,6 +231,9 @@ bool Characters::Define(const Tag& tag) {
     case kDefineText:
     case kDefineText2:
       known_[number] = ReadText(in, tag.code == kDefineText2);
+      return true;
+    case kDefineEditText:
+      known_[number] = ReadEditText(in);
       return true;
     case kDefineButton:
     case kDefineButton2:

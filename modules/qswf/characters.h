@@ -6,10 +6,12 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <variant>
 #include <vector>
 
 #include "modules/qswf/bitmap.h"
+#include "modules/qswf/edit_text.h"
 #include "modules/qswf/shape.h"
 #include "modules/qswf/tags.h"
 #include "modules/qswf/video.h"
@@ -31,6 +33,12 @@ using DisplayList = std::map<std::uint16_t, Placed>;  // by depth
 struct Font {
   std::vector<Shape> glyphs;
   double unitsPerEm = 1024;
+  std::map<char16_t, std::size_t> indices;  // of glyphs, by character
+  std::vector<std::int32_t> advances;       // as many as glyphs, or none
+  double ascent = 0;                        // in units
+  bool bold = false;
+  bool italic = false;
+  std::string name;
 };
 
 struct TextGlyph {
@@ -53,7 +61,7 @@ struct Bitmap {
   bool tried = false;
 };
 
-using Character = std::variant<Shape, Font, Text, Bitmap, DisplayList, std::shared_ptr<Video>>;
+using Character = std::variant<Shape, Font, Text, EditText, Bitmap, DisplayList, std::shared_ptr<Video>>;
 
 // What the tags of a movie define, by number.
 class Characters {

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <ctime>
 #include <memory>
 
 #include "glib/module_api/result_values.h"
 #include "modules/common/limits.h"
 #include "modules/qswf/characters.h"
+#include "modules/qswf/lzma.h"
 #include "modules/qswf/stage.h"
 #include "platform/metafile/player.h"
 
@@ -16,6 +18,10 @@ namespace {
 
 constexpr std::size_t kMaxMovie = std::size_t{256} << 20;
 constexpr std::int32_t kTwips = 20;
+// Players show stages of up to 8191 pixels a side. A page of that size is drawn in seconds, and needs a quarter of a
+// GiB.
+constexpr std::uint64_t kMaxStage = std::uint64_t{1} << 26;
+constexpr double kMaxSeconds = 3.0;  // of the processor, after which no further page is begun
 
 // Hundredths of a second of so many frames.
 std::uint32_t DelayOf(const MovieHeader& header, std::uint32_t frames) {
@@ -52,12 +58,18 @@ class Player {
   DisplayList list_;
   Color paper_{255, 255, 255, 255};
   DrawingBudget budget_;
+  std::clock_t start_ = std::clock();
   bool placedAny_ = false;
   bool changed_ = true;
   std::uint32_t framesOfPage_ = 0;
 };
 
 bool Player::DrawPage() {
+  const std::uint64_t area = std::uint64_t{header_.width} * header_.height;
+  // The first page is drawn whatever it takes, within the limits of a page.
+  const bool late = static_cast<double>(std::clock() - start_) > kMaxSeconds * CLOCKS_PER_SEC;
+  if (exchange_.pages.count != 0 && (late || area > budget_.pagePixels)) return false;
+  budget_.pagePixels -= std::min(area, budget_.pagePixels);
   Stage stage(header_.stage, paper_, characters_, budget_);
   stage.Draw(list_);
   const std::unique_ptr<platform::Metafile> metafile(stage.Recorder().Close());
@@ -147,9 +159,8 @@ modules::Verdict UnpackMovie(std::span<const std::uint8_t> file, std::size_t lim
     movie.assign(body.begin(), body.begin() + static_cast<std::ptrdiff_t>(std::min(limit, body.size())));
     return modules::kFine;
   }
-  if (named && file[0] == 'Z') return {glib::NSUP, "The movie is packed by LZMA"};
-  if (!named || file[0] != 'C') return {glib::IERR, "The file is no movie"};
-  movie = Inflate(body, std::min(limit, kMaxMovie));
+  if (!named || (file[0] != 'C' && file[0] != 'Z')) return {glib::IERR, "The file is no movie"};
+  movie = file[0] == 'C' ? Inflate(body, std::min(limit, kMaxMovie)) : UnpackLzma(body, std::min(limit, kMaxMovie));
   if (movie.empty()) return {glib::IERR, "The movie can't be unpacked"};
   return modules::kFine;
 }
@@ -168,7 +179,8 @@ modules::Verdict ReadMovieHeader(std::span<const std::uint8_t> movie, MovieHeade
   const std::int64_t width = pixels(header.stage.left, header.stage.right);
   const std::int64_t height = pixels(header.stage.top, header.stage.bottom);
   if (width == 0 || height == 0) return {glib::IERR, "The movie has no size"};
-  if (!modules::SizeAllowed(static_cast<std::uint64_t>(width), static_cast<std::uint64_t>(height))) {
+  const bool allowed = modules::SizeAllowed(static_cast<std::uint64_t>(width), static_cast<std::uint64_t>(height));
+  if (!allowed || static_cast<std::uint64_t>(width * height) > kMaxStage) {
     return {glib::NSUP, "The movie is too large"};
   }
   header.width = static_cast<std::uint32_t>(width);

@@ -91,11 +91,16 @@ bool ReadLine(BitReader& in, const Form& form, LineStyle& line) {
     line.color = ReadStart(in, form);
     return true;
   }
-  in.Bits(2);
+  const std::uint32_t cap = in.Bits(2);
   const std::uint32_t join = in.Bits(2);
   const bool filled = in.Flag();
-  in.Bits(11);
-  if (join == 2) in.Word();
+  line.scales = in.Bits(2) != 3;  // not in either direction
+  in.Bits(9);
+  if (cap == 1) line.cap = LineCap::kNone;
+  if (cap == 2) line.cap = LineCap::kSquare;
+  if (join == 1) line.join = LineJoin::kBevel;
+  if (join == 2) line.join = LineJoin::kMiter;
+  if (line.join == LineJoin::kMiter) in.Word();
   if (!filled) {
     line.color = ReadStart(in, form);
     return true;

@@ -30,9 +30,15 @@ struct FillStyle {
   bool smooth = true;
 };
 
+enum class LineCap { kRound, kNone, kSquare };
+enum class LineJoin { kRound, kBevel, kMiter };
+
 struct LineStyle {
   std::uint32_t width = 0;
   Color color;
+  LineCap cap = LineCap::kRound;
+  LineJoin join = LineJoin::kRound;
+  bool scales = true;  // its width grows with the shape
 };
 
 struct Vertex {

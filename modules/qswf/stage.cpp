@@ -6,6 +6,7 @@
 
 #include "modules/common/limits.h"
 #include "modules/qswf/fill_raster.h"
+#include "modules/vector/letters.h"
 
 namespace qswf {
 namespace {
@@ -159,6 +160,7 @@ void Stage::DrawCharacter(const Placed& placed, const Transform& matrix, const C
   if (character == nullptr || depth > modules::kMaxNesting) return;
   if (const auto* shape = std::get_if<Shape>(character)) return DrawShape(*shape, matrix, colors);
   if (const auto* text = std::get_if<Text>(character)) return DrawText(*text, matrix, colors);
+  if (const auto* edit = std::get_if<EditText>(character)) return DrawEditText(*edit, matrix, colors);
   if (const auto* list = std::get_if<DisplayList>(character)) return DrawList(*list, matrix, colors, depth + 1);
   if (const auto* video = std::get_if<std::shared_ptr<Video>>(character)) {
     const modules::Picture* picture = (*video)->Show(placed.ratio);
@@ -192,15 +194,80 @@ void Stage::DrawText(const Text& text, const Transform& matrix, const ColorTrans
   for (const TextGlyph& glyph : text.glyphs) {
     const Character* character = characters_.Find(glyph.font);
     const auto* font = character == nullptr ? nullptr : std::get_if<Font>(character);
-    if (font == nullptr || glyph.index >= font->glyphs.size() || !Spend(budget_.objects, 1)) continue;
-    Transform place;
-    place.m11 = place.m22 = glyph.height / font->unitsPerEm;
-    place.dx = glyph.x;
-    place.dy = glyph.y;
-    Shape shape = font->glyphs[glyph.index];
-    if (!shape.groups.empty() && !shape.groups[0].fills.empty()) shape.groups[0].fills[0].color = glyph.color;
-    DrawShape(shape, platform::Then(place, toStage), colors);
+    if (font != nullptr) DrawGlyph(*font, glyph, toStage, colors);
   }
+}
+
+void Stage::DrawGlyph(const Font& font, const TextGlyph& glyph, const Transform& matrix, const ColorTransform& colors) {
+  if (glyph.index >= font.glyphs.size() || !Spend(budget_.objects, 1)) return;
+  Transform place;
+  place.m11 = place.m22 = glyph.height / font.unitsPerEm;
+  place.dx = glyph.x;
+  place.dy = glyph.y;
+  Shape shape = font.glyphs[glyph.index];
+  if (!shape.groups.empty() && !shape.groups[0].fills.empty()) shape.groups[0].fills[0].color = glyph.color;
+  DrawShape(shape, platform::Then(place, matrix), colors);
+}
+
+void Stage::DrawEditText(const EditText& edit, const Transform& matrix, const ColorTransform& colors) {
+  constexpr double kAscent = 0.905;
+  static const Font kNone;
+  const Character* character = edit.font ? characters_.Find(*edit.font) : nullptr;
+  const Font* found = character == nullptr ? nullptr : std::get_if<Font>(character);
+  const Font& font = found != nullptr ? *found : kNone;
+  const bool drawn = !font.advances.empty();
+  const auto advance = [&](char16_t c) {
+    const auto index = font.indices.find(c);
+    return index == font.indices.end() ? 0.0 : font.advances[index->second] / font.unitsPerEm;
+  };
+  const auto length = [&](std::u16string_view text) {
+    if (!drawn) return modules::TextLength(text);
+    double sum = 0;
+    for (const char16_t c : text) sum += advance(c);
+    return sum;
+  };
+  const double ascent = font.ascent > 0 ? font.ascent / font.unitsPerEm : kAscent;
+  for (const EditLine& line : LinesOf(edit, ascent, length)) {
+    if (!drawn) {
+      DrawLetters(line, edit, font, matrix, colors);
+      continue;
+    }
+    TextGlyph glyph{0, 0, edit.color, line.x, line.baseline, edit.height};
+    for (const char16_t c : line.text) {
+      const auto index = font.indices.find(c);
+      if (index == font.indices.end()) continue;
+      glyph.index = static_cast<std::uint32_t>(index->second);
+      DrawGlyph(font, glyph, matrix, colors);
+      glyph.x += advance(c) * edit.height;
+    }
+  }
+}
+
+void Stage::DrawLetters(const EditLine& line, const EditText& edit, const Font& font, const Transform& matrix,
+                        const ColorTransform& colors) {
+  const Color color = colors.Apply(edit.color);
+  if (line.text.empty() || color.alpha == 0 || !Spend(budget_.objects, line.text.size())) return;
+  platform::FontSpec spec;
+  spec.height = -std::max(Limited(edit.height * kScale), 1);
+  spec.weight = font.bold ? 700 : 400;
+  spec.italic = font.italic;
+  spec.face = u"Arial";
+  if (!font.name.empty() && font.name[0] != '_') spec.face.assign(font.name.begin(), font.name.end());
+  if (font.name == "_serif") spec.face = u"Times New Roman";
+  if (font.name == "_typewriter") spec.face = u"Courier New";
+  recorder_.SaveDc();
+  Transform toStage = matrix;
+  toStage.dx *= kScale;
+  toStage.dy *= kScale;
+  recorder_.SetWorldTransform(toStage);
+  const std::uint32_t handle = recorder_.CreateFont(spec);
+  recorder_.SelectObject(handle);
+  recorder_.SetBkMode(platform::kTransparentMode);
+  recorder_.SetTextColor(platform::ColorRef(color.red, color.green, color.blue));
+  recorder_.SetTextAlign(platform::kAlignBaseline);
+  recorder_.TextOut(Limited(line.x * kScale), Limited(line.baseline * kScale), line.text);
+  recorder_.RestoreDc();
+  recorder_.DeleteObject(handle);
 }
 
 void Stage::DrawShape(const Shape& shape, const Transform& matrix, const ColorTransform& colors) {
@@ -338,9 +405,16 @@ void Stage::Stroke(const LineStyle& style, const Path& path, const Transform& ma
   const std::uint32_t word =
       platform::ColorRef(over(color.red, paper_.red), over(color.green, paper_.green), over(color.blue, paper_.blue));
   // Hair lines are a pixel wide.
-  const double width = std::clamp(style.width * ScaleOf(matrix), static_cast<double>(kTwips), 65535.0 * kTwips);
-  const std::uint32_t line =
-      recorder_.ExtCreatePen(platform::kPenGeometric, static_cast<std::uint32_t>(std::lround(width * kScale)), word);
+  const double scale = style.scales ? ScaleOf(matrix) : 1;
+  const double width = std::clamp(style.width * scale, static_cast<double>(kTwips), 65535.0 * kTwips);
+  std::uint32_t pen = platform::kPenGeometric;
+  if (style.cap != LineCap::kRound) {
+    pen |= style.cap == LineCap::kNone ? platform::kPenCapFlat : platform::kPenCapSquare;
+  }
+  if (style.join != LineJoin::kRound) {
+    pen |= style.join == LineJoin::kBevel ? platform::kPenJoinBevel : platform::kPenJoinMiter;
+  }
+  const std::uint32_t line = recorder_.ExtCreatePen(pen, static_cast<std::uint32_t>(std::lround(width * kScale)), word);
   recorder_.SelectObject(line);
   recorder_.BeginPath();
   Record(path, false);

@@ -14,6 +14,7 @@ struct DrawingBudget {
   std::uint64_t edges = std::uint64_t{1} << 22;
   std::uint64_t fillPixels = std::uint64_t{1} << 27;
   std::uint64_t objects = std::uint64_t{1} << 18;
+  std::uint64_t pagePixels = std::uint64_t{1} << 27;
 };
 
 // Records a display list. The recording's frame is the stage.
@@ -35,6 +36,11 @@ class Stage {
                    const ColorTransform& colors);
   void DrawShape(const Shape& shape, const Transform& matrix, const ColorTransform& colors);
   void DrawText(const Text& text, const Transform& matrix, const ColorTransform& colors);
+  void DrawEditText(const EditText& edit, const Transform& matrix, const ColorTransform& colors);
+  void DrawGlyph(const Font& font, const TextGlyph& glyph, const Transform& matrix, const ColorTransform& colors);
+  // With a font of the system.
+  void DrawLetters(const EditLine& line, const EditText& edit, const Font& font, const Transform& matrix,
+                   const ColorTransform& colors);
   void Fill(const FillStyle& style, const Path& path, const Transform& matrix, const ColorTransform& colors);
   void Stroke(const LineStyle& style, const Path& path, const Transform& matrix, const ColorTransform& colors);
   // The outline of all that a character fills, for a clip; `paths` gets one for each fill.

@@ -26,6 +26,7 @@ enum TagCode : std::uint32_t {
   kDefineShape3 = 32,
   kDefineText2 = 33,
   kDefineButton2 = 34,
+  kDefineEditText = 37,
   kDefineSprite = 39,
   kDefineMorphShape = 46,
   kDefineFont2 = 48,

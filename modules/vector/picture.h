@@ -36,6 +36,9 @@ struct Picture {
 // 8 bits grey or 24 bits colour. What a cut file lacks stays as the decoder leaves it. False without a first row.
 bool DecodeJpeg(std::span<const std::uint8_t> bytes, Picture& picture);
 
+// 8 bits with a palette, 24, or 32 with straight alpha; the same for what is cut off.
+bool DecodePng(std::span<const std::uint8_t> bytes, Picture& picture);
+
 // Null, with a message: see AddPage.
 Page* AddPicturePage(glib::ImageDataExchange& exchange, const Picture& picture);
 

@@ -4,13 +4,16 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "tests/support/temporary_folder.h"
 
@@ -89,6 +92,53 @@ TEST(ChildProcess, ProgressGivesMoreTime) {
   }
   EXPECT_EQ(letters, 4);
   EXPECT_TRUE(slow.TimedOut());
+}
+
+TEST(ChildProcess, AMovedOneKeepsItsTime) {
+  auto first = ChildProcess::Copy(
+      [](int output) {
+        usleep(150000);
+        WriteAll(output, "a", 1);
+        usleep(250000);
+        WriteAll(output, "b", 1);
+      },
+      {.milliseconds = 300});
+  ChildProcess second(std::move(first));
+  char letter = 0;
+  EXPECT_EQ(second.Read(&letter, 1), 1U);
+  second.ExtendTime(5000);
+  EXPECT_EQ(second.Read(&letter, 1), 1U);
+  EXPECT_EQ(letter, 'b');
+  EXPECT_FALSE(first.Started());
+}
+
+TEST(ChildProcess, EndsWithItsParent) {
+  ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+  int told[2];
+  ASSERT_EQ(pipe(told), 0);
+  const pid_t parent = fork();
+  ASSERT_GE(parent, 0);
+  if (parent == 0) {
+    auto child = ChildProcess::Copy(
+        [](int output) {
+          const pid_t self = getpid();
+          WriteAll(output, &self, sizeof(self));
+          pause();
+        },
+        {.milliseconds = 60000});
+    pid_t number = 0;
+    child.Read(&number, sizeof(number));
+    WriteAll(told[1], &number, sizeof(number));
+    kill(getpid(), SIGKILL);
+  }
+  pid_t child = 0;
+  ASSERT_EQ(read(told[0], &child, sizeof(child)), static_cast<ssize_t>(sizeof(child)));
+  close(told[0]);
+  close(told[1]);
+  int status = 0;
+  EXPECT_EQ(waitpid(parent, &status, 0), parent);
+  EXPECT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
 }
 
 TEST(ChildProcess, ProcessorTimeAndMemoryAreBounded) {

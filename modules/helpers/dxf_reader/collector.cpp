@@ -6,8 +6,8 @@
 #include <utility>
 
 #include "modules/helpers/dxf_reader/hatch_lines.h"
-#include "modules/helpers/dxf_reader/letters.h"
 #include "modules/helpers/dxf_reader/text_codes.h"
+#include "modules/vector/letters.h"
 
 namespace dxf {
 namespace {
@@ -289,7 +289,7 @@ void Collector::addText(const DL_TextData& data) {
   const bool centre = data.hJustification == kCentre;
   text.column = data.hJustification == kMiddle || centre ? 1 : data.hJustification == kRight ? 2 : 0;
   text.row = centre ? 2 : std::clamp(data.vJustification, 0, 3);
-  const double length = TextLength(Wide(text.text)) * text.height / kCapitalOfEm;
+  const double length = modules::TextLength(Wide(text.text)) * text.height / modules::kCapitalOfEm;
   const double wanted = std::hypot(data.apx - data.ipx, data.apy - data.ipy);
   if (!between || !(length > 0) || !(wanted > 0)) return;
   // From one place to another, as high as that makes it or as wide.
@@ -315,7 +315,7 @@ void Collector::addMTextChunk(const std::string& text) {
 
 void Collector::addMText(const DL_MTextData& data) {
   const std::string whole = std::exchange(chunks_, {}) + data.text;
-  const double most = data.width > 0 && data.height > 0 ? data.width / data.height * kCapitalOfEm : HUGE_VAL;
+  const double most = data.width > 0 && data.height > 0 ? data.width / data.height * modules::kCapitalOfEm : HUGE_VAL;
   const std::vector<std::string> lines = Wrapped(LinesOfMText(whole), most);
   const int attachment = std::clamp(data.attachmentPoint, 1, 9) - 1;
   const int column = attachment % 3;

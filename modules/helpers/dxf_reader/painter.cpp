@@ -11,8 +11,8 @@
 #include "modules/common/limits.h"
 #include "modules/helpers/dxf_reader/groups.h"
 #include "modules/helpers/dxf_reader/hatch_lines.h"
-#include "modules/helpers/dxf_reader/letters.h"
 #include "modules/helpers/dxf_reader/text_codes.h"
+#include "modules/vector/letters.h"
 
 namespace dxf {
 namespace {
@@ -204,7 +204,7 @@ void Painter::Measure(const Item& item, const platform::Transform& transform) {
 
 void Painter::MeasureText(const TextLook& text, const platform::Transform& transform) {
   if (text.text.empty()) return;
-  const double length = TextLength(Wide(text.text)) * text.height / kCapitalOfEm * text.stretch;
+  const double length = modules::TextLength(Wide(text.text)) * text.height / modules::kCapitalOfEm * text.stretch;
   const double left = -length * text.column / 2;
   const double foot = text.row == 2 ? -text.height / 2 : text.row == 3 ? -text.height : 0;
   const double c = std::cos(text.angle);
@@ -360,13 +360,14 @@ void Painter::ShowText(const Item& item, const Outer& outer) {
   const double height = std::hypot(t.m11 * -s + t.m21 * c, t.m12 * -s + t.m22 * c) * text.height * perUnit_;
   if (text.text.empty() || !(height >= 1) || height > 65535) return;
   platform::FontSpec font;
-  font.height = -static_cast<std::int32_t>(std::lround(height / kCapitalOfEm));
+  font.height = -static_cast<std::int32_t>(std::lround(height / modules::kCapitalOfEm));
   font.escapement = static_cast<std::int32_t>(
       std::lround(std::atan2(t.m12 * c + t.m22 * s, t.m11 * c + t.m21 * s) * 1800 / std::numbers::pi));
   const double along = std::hypot(t.m11 * c + t.m21 * s, t.m12 * c + t.m22 * s) * perUnit_ * text.height;
   const double stretch = along / height * text.stretch;
   if (std::abs(stretch - 1) > 0.01 && std::isfinite(stretch)) {
-    font.width = std::clamp(static_cast<std::int32_t>(std::lround(-font.height * kMeanLetterOfEm * stretch)), 1, 65535);
+    font.width =
+        std::clamp(static_cast<std::int32_t>(std::lround(-font.height * modules::kMeanLetterOfEm * stretch)), 1, 65535);
   }
   font.face = text.face.name;
   font.weight = text.face.bold ? 700 : 400;

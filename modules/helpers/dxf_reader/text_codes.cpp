@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "modules/helpers/dxf_reader/letters.h"
+#include "modules/vector/letters.h"
 
 namespace dxf {
 namespace {
@@ -133,7 +133,7 @@ std::vector<std::string> Wrapped(const std::vector<std::string>& lines, double m
     while (at < line.size()) {
       const std::size_t end = std::min(line.find(' ', at + 1), line.size());
       const std::string word = line.substr(at, end - at);
-      if (!done.empty() && TextLength(Wide(done + word)) > most) {
+      if (!done.empty() && modules::TextLength(Wide(done + word)) > most) {
         wrapped.push_back(std::exchange(done, word.substr(word[0] == ' ' ? 1 : 0)));
       } else {
         done += word;

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <numbers>
+#include <utility>
 
 namespace wpg {
 namespace {
@@ -14,15 +15,19 @@ using librevenge::RVNGPropertyList;
 constexpr std::uint32_t kUnitsPerInch = 7200;
 constexpr double kFarthest = 1 << 26;
 constexpr std::uint32_t kMaxDrawings = 1000000;
-constexpr int kGradientSteps = 64;
+constexpr int kGradientSteps = 128;
 
 std::int32_t Whole(double value) {
   return std::isfinite(value) ? static_cast<std::int32_t>(std::lround(std::clamp(value, -kFarthest, kFarthest))) : 0;
 }
 
-// Recorded units of a property in inches; 0 if it isn't there.
+// Recorded units of a length; 0 if it isn't there.
 double Units(const RVNGPropertyList& list, const char* name) {
-  return list[name] != nullptr ? list[name]->getDouble() * kUnitsPerInch : 0;
+  if (list[name] == nullptr) return 0;
+  const double perInch = list[name]->getUnit() == librevenge::RVNG_POINT  ? 72
+                         : list[name]->getUnit() == librevenge::RVNG_TWIP ? 1440
+                                                                          : 1;
+  return list[name]->getDouble() / perInch * kUnitsPerInch;
 }
 
 platform::Point PointOf(const RVNGPropertyList& list, const char* x, const char* y) {
@@ -108,21 +113,56 @@ void DrawingTarget::setStyle(const RVNGPropertyList& list) {
   if (fill == "none") style_.fill = Style::Fill::kNone;
   if (fill == "gradient") style_.fill = Style::Fill::kGradient;
   style_.fillColor = Faded(ColorOf(list, "draw:fill-color", 0xFFFFFF), list, "draw:opacity");
-  if (style_.fill == Style::Fill::kGradient) {
-    style_.fillColor = ColorOf(list, "draw:start-color", style_.fillColor);
-    style_.endColor = ColorOf(list, "draw:end-color", 0xFFFFFF);
-    style_.angle = list["draw:angle"] != nullptr ? list["draw:angle"]->getDouble() : 0;
-  }
+  if (style_.fill == Style::Fill::kGradient) ReadGradient(list);
   style_.winding = TextOf(list, "svg:fill-rule") == "nonzero";
   const std::string stroke = TextOf(list, "draw:stroke");
   style_.strokes = stroke != "none";
   style_.strokeColor = Faded(ColorOf(list, "svg:stroke-color", 0), list, "svg:stroke-opacity");
   style_.strokeWidth = std::clamp(Units(list, "svg:stroke-width"), 0.0, 65535.0);
-  if (stroke != "dash") return;
-  const double length = std::max(Units(list, "draw:dots1-length"), style_.strokeWidth);
-  const double gap = std::max(Units(list, "draw:distance"), style_.strokeWidth);
-  if (length >= 1 && gap >= 1) {
-    style_.dashes = {static_cast<std::uint32_t>(Whole(length)), static_cast<std::uint32_t>(Whole(gap))};
+  if (stroke == "dash") ReadDashes(list);
+}
+
+void DrawingTarget::ReadGradient(const RVNGPropertyList& list) {
+  constexpr unsigned long kMaxStops = 64;
+  style_.angle = list["draw:angle"] != nullptr ? list["draw:angle"]->getDouble() : 0;
+  const librevenge::RVNGPropertyListVector* stops = list.child("svg:linearGradient");
+  for (unsigned long i = 0; stops != nullptr && i < std::min(stops->count(), kMaxStops); ++i) {
+    const RVNGPropertyList& stop = (*stops)[i];
+    const double offset = stop["svg:offset"] != nullptr ? stop["svg:offset"]->getDouble() : 0;
+    style_.stops.push_back(
+        {std::clamp(offset, 0.0, 1.0), Faded(ColorOf(stop, "svg:stop-color", 0), stop, "svg:stop-opacity")});
+  }
+  if (style_.stops.empty()) style_.fill = Style::Fill::kSolid;
+}
+
+std::uint32_t DrawingTarget::ColorAt(double place) const {
+  const auto& stops = style_.stops;
+  std::size_t next = 0;
+  while (next < stops.size() && stops[next].offset < place) ++next;
+  if (next == 0) return stops.front().color;
+  if (next == stops.size()) return stops.back().color;
+  const Stop& a = stops[next - 1];
+  const Stop& b = stops[next];
+  const auto mixed = [&](int shift) {
+    const double from = a.color >> shift & 255U;
+    const double to = b.color >> shift & 255U;
+    return static_cast<std::uint32_t>(std::lround(from + (to - from) * (place - a.offset) / (b.offset - a.offset)));
+  };
+  return platform::ColorRef(mixed(0), mixed(8), mixed(16));
+}
+
+// Strokes of one length and then of another, all as far from each other.
+void DrawingTarget::ReadDashes(const RVNGPropertyList& list) {
+  constexpr int kMaxDots = 8;
+  const double gap = std::max(Units(list, "draw:distance"), 1.0);
+  const std::pair<const char*, const char*> kKinds[] = {{"draw:dots1", "draw:dots1-length"},
+                                                        {"draw:dots2", "draw:dots2-length"}};
+  for (const auto& [countName, lengthName] : kKinds) {
+    const int count = list[countName] != nullptr ? std::clamp(list[countName]->getInt(), 0, kMaxDots) : 0;
+    for (int i = 0; i < count; ++i) {
+      style_.dashes.push_back(static_cast<std::uint32_t>(std::max(Whole(Units(list, lengthName)), 1)));
+      style_.dashes.push_back(static_cast<std::uint32_t>(Whole(gap)));
+    }
   }
 }
 
@@ -131,7 +171,7 @@ bool DrawingTarget::Begin() { return ++drawings_ < kMaxDrawings; }
 void DrawingTarget::FillGradient(const platform::Box& box) {
   // Stripes across the box, seen through the shape.
   const double angle = style_.angle * std::numbers::pi / 180;
-  const double alongX = -std::sin(angle);
+  const double alongX = std::sin(angle);
   const double alongY = std::cos(angle);
   const double middleX = (box.left + box.right) / 2.0;
   const double middleY = (box.top + box.bottom) / 2.0;
@@ -140,13 +180,7 @@ void DrawingTarget::FillGradient(const platform::Box& box) {
   const double reach = (std::abs(alongX) * width + std::abs(alongY) * height) / 2;
   const double across = std::hypot(width, height);
   for (int i = 0; i < kGradientSteps; ++i) {
-    const auto mixed = [&](int shift) {
-      const double from = style_.fillColor >> shift & 255U;
-      const double to = style_.endColor >> shift & 255U;
-      return static_cast<std::uint32_t>(std::lround(from + (to - from) * i / (kGradientSteps - 1)));
-    };
-    const std::uint32_t brush =
-        recorder_.CreateBrush(platform::kBrushSolid, platform::ColorRef(mixed(0), mixed(8), mixed(16)));
+    const std::uint32_t brush = recorder_.CreateBrush(platform::kBrushSolid, ColorAt((i + 0.5) / kGradientSteps));
     recorder_.SelectObject(brush);
     const auto corner = [&](double part, double side) {
       const double on = -reach + 2 * reach * part;

@@ -77,12 +77,16 @@ class DrawingTarget : public librevenge::RVNGDrawingInterface {
   void closeLink() override {}
 
  private:
+  struct Stop {
+    double offset = 0;  // 0 to 1
+    std::uint32_t color = 0;
+  };
   struct Style {
     enum class Fill { kNone, kSolid, kGradient };
 
     Fill fill = Fill::kSolid;
     std::uint32_t fillColor = 0xFFFFFF;  // red in the lowest byte
-    std::uint32_t endColor = 0xFFFFFF;   // of a gradient
+    std::vector<Stop> stops;             // of a gradient
     double angle = 0;                    // degrees
     bool winding = false;
     bool strokes = true;
@@ -95,6 +99,9 @@ class DrawingTarget : public librevenge::RVNGDrawingInterface {
   // Fills and strokes what `add` adds to the open path.
   template <typename Add>
   void Draw(bool fills, const platform::Box& box, Add add);
+  void ReadGradient(const librevenge::RVNGPropertyList& list);
+  void ReadDashes(const librevenge::RVNGPropertyList& list);
+  std::uint32_t ColorAt(double place) const;  // of the gradient
   void FillGradient(const platform::Box& box);
   void DrawPoints(const librevenge::RVNGPropertyList& list, bool closed);
   void InsertText(const std::u16string& text);

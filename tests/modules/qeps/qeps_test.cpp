@@ -144,6 +144,34 @@ TEST_F(Qeps, EveryPageIsASlide) {
   EXPECT_EQ(PixelAt(ps.PageAt(2), 0, 0), kWhite);
 }
 
+TEST_F(Qeps, TheBoxMayStandAtTheEnd) {
+  const std::string eps =
+      "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: (atend)\n%%EndComments\n1 0 0 setrgbcolor 100 200 10 10 rectfill\n"
+      "showpage\n%%Trailer\n%%BoundingBox: 100 200 140 220\n%%EOF\n";
+  ExpectRedCorner(Load(eps, kPsId));
+  const test_support::TemporaryFolder folder;
+  const auto info = host_.Info(folder.Write("file", eps), kPsId);
+  ASSERT_NE(info, nullptr);
+  EXPECT_EQ(info->width, 40);
+  EXPECT_EQ(info->height, 20);
+}
+
+TEST_F(Qeps, WhatSwitchesPrintersIsPassedOver) {
+  ExpectRedCorner(Load("\x04" + RedCornerEps(), kPsId));
+  ExpectRedCorner(Load("\x1B%-12345X@PJL JOB\n@PJL ENTER LANGUAGE=POSTSCRIPT\n" + RedCornerEps(), kPsId));
+}
+
+TEST_F(Qeps, AnnouncedPagesMayTakeTheirTime) {
+  // Each a good part of what a script may take, all together more.
+  const std::string page =
+      "%%Page: 1 1\nusertime {dup usertime exch sub 1300 gt {pop exit} if} loop "
+      "<</PageSize [40 20]>> setpagedevice showpage\n";
+  std::string script = "%!PS-Adobe-3.0\n%%Pages: (atend)\n";
+  for (int i = 0; i < 4; ++i) script += page;
+  const Loaded loaded = Load(script + "%%Trailer\n%%Pages: 4\n", kPsId);
+  EXPECT_EQ(loaded.PageCount(), 4U) << loaded.message;
+}
+
 TEST_F(Qeps, SettingsGiveTheResolution) {
   glib::GIFSave settings;
   settings.dpiX = 144.0;
@@ -180,6 +208,7 @@ TEST_F(Qeps, InformationNeedsNoDrawing) {
       {MakePdf({{"0 0 40 20", "", "/Rotate 90"}}), kPdfId, 20, 40, 1},
       {RedCornerEps(), kPsId, 40, 20, 1},
       {"%!PS-Adobe-3.0\n%%Pages: 7\n{} loop", kPsId, 0, 0, 7},
+      {"%!PS-Adobe-3.0\n%%Page: 1 1\nshowpage\n%%Page: 2 2\n(%%Page: no page) pop showpage", kPsId, 0, 0, 2},
   };
   for (const auto& c : kCases) {
     const auto info = host_.Info(folder.Write("file", c.file), c.id);
@@ -264,7 +293,7 @@ TEST_F(Qeps, ScriptsReachNothingOutside) {
   const std::string made = (folder.path() / "made").string();
   const std::string begin = "%!PS\n<</PageSize [10 10]>> setpagedevice {";
   const std::string end = "} stopped pop showpage";
-  for (const std::string& act : {
+  for (const std::string& act : std::initializer_list<std::string>{
            "(" + secret + ") run",
            "(" + secret + ") (r) file cvx exec",
            "(" + made + ") (w) file dup (x) writestring closefile",
@@ -272,6 +301,12 @@ TEST_F(Qeps, ScriptsReachNothingOutside) {
            "(" + secret + ") deletefile",
            "(" + secret + ") (" + made + ") renamefile",
            "<</OutputFile (" + made + ")>> setpagedevice showpage",
+           "(/etc/passwd) (r) file pop 1 0 0 setrgbcolor 0 0 10 10 rectfill",
+           "(%pipe%id) (r) file pop 1 0 0 setrgbcolor 0 0 10 10 rectfill",
+           "(/etc/passwd) /PermitFileReading .addcontrolpath (/etc/passwd) (r) file pop 1 0 0 setrgbcolor 0 0 10 10 "
+           "rectfill",
+           "(/etc/*) {pop 1 0 0 setrgbcolor 0 0 10 10 rectfill} 255 string filenameforall",
+           "(" + folder.path().string() + "/*) {pop 1 0 0 setrgbcolor 0 0 10 10 rectfill} 255 string filenameforall",
        }) {
     const Loaded loaded = Load(begin + act + end, kPsId);
     EXPECT_EQ(folder.Contents(), (std::vector<std::string>{"secret"})) << act;

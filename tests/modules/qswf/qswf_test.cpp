@@ -1,12 +1,15 @@
 #include <gtest/gtest.h>
+#include <lzma.h>
 #include <zlib.h>
 
 #include <cmath>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "glib/module_api/result_values.h"
 #include "tests/modules/qjpg/jpeg_files.h"
+#include "tests/modules/qpng/png_files.h"
 #include "tests/modules/qswf/swf_writer.h"
 #include "tests/support/corpus.h"
 #include "tests/support/damage.h"
@@ -327,7 +330,7 @@ TEST_F(Qswf, InformationComesFromTheHeader) {
 }
 
 TEST_F(Qswf, AbsurdSizesAreRefused) {
-  for (const auto& [width, height] : {std::pair{0, 5}, {-3, 5}, {26000, 26000}}) {
+  for (const auto& [width, height] : {std::pair{0, 5}, {-3, 5}, {26000, 26000}, {8200, 8200}}) {
     const Loaded loaded = host_.Load(SwfWriter(width, height).Show().File(), kSwfId);
     EXPECT_NE(loaded.result, glib::RCOK) << width;
     CheckOutcome(loaded);
@@ -384,6 +387,164 @@ TEST_F(Qswf, FilmsShowTheFrameThatIsPlaced) {
     EXPECT_EQ(PixelAt(page, 3, 3), kWhite) << i;
     EXPECT_EQ(PixelAt(page, 36, 3), kWhite) << i;
   }
+}
+
+// As a movie is packed by LZMA: the settings stand before the data, the length that the library puts there does not.
+std::vector<std::uint8_t> AsZws(const std::vector<std::uint8_t>& file) {
+  lzma_options_lzma options;
+  lzma_lzma_preset(&options, 1);
+  lzma_stream stream = LZMA_STREAM_INIT;
+  EXPECT_EQ(lzma_alone_encoder(&stream, &options), LZMA_OK);
+  std::vector<std::uint8_t> packed(file.size() + 1000);
+  stream.next_in = file.data() + 8;
+  stream.avail_in = file.size() - 8;
+  stream.next_out = packed.data();
+  stream.avail_out = packed.size();
+  EXPECT_EQ(lzma_code(&stream, LZMA_FINISH), LZMA_STREAM_END);
+  packed.resize(packed.size() - stream.avail_out);
+  lzma_end(&stream);
+  ByteWriter out;
+  out.Text("ZWS").Byte(13).Long(static_cast<std::uint32_t>(file.size()));
+  out.Long(static_cast<std::uint32_t>(packed.size() - 13)).Bytes(std::span(packed).first(5));
+  return out.Bytes(std::span(packed).subspan(13)).bytes;
+}
+
+TEST_F(Qswf, MoviesMayBePackedByLzma) {
+  const auto file = AsZws(RedBox());
+  EXPECT_EQ(PixelAt(Load(file).PageAt(0), 2, 3), kRed);
+  const test_support::TemporaryFolder folder;
+  const auto info =
+      host_.Info(folder.Write("m.swf", {reinterpret_cast<const char*>(file.data()), file.size()}), kSwfId);
+  ASSERT_NE(info, nullptr);
+  EXPECT_EQ(info->width, 20);
+  TryDamaged(file, [&](std::span<const std::uint8_t> bytes) { return host_.Load(bytes, kSwfId); });
+}
+
+TEST_F(Qswf, BitmapsMayBePng) {
+  // One bit a pixel; the second colour isn't there at all.
+  const PngOptions options{.width = 9, .height = 2, .type = PNG_COLOR_TYPE_PALETTE, .depth = 1, .alphas = {255, 0}};
+  const auto png = MakePng(options);
+  const png_color first = PngPaletteColour(0);
+  const std::uint32_t seen = 0xFF000000U | static_cast<std::uint32_t>(first.red << 16 | first.green << 8 | first.blue);
+  for (const std::uint32_t code : {21U, 35U}) {
+    SwfWriter movie(10, 4);
+    BitWriter bitmap;
+    bitmap.Word(1);
+    for (std::uint32_t i = 0; code == 35 && i < 4; ++i) {
+      bitmap.Byte(static_cast<std::uint32_t>(png.size()) >> (8 * i) & 255);
+    }
+    movie.Tag(code, bitmap.Bytes(png)).Place(1, 1).Show();
+    const Loaded loaded = Load(movie.File());
+    for (std::uint32_t x = 0; x < 9; ++x) {
+      for (std::uint32_t y = 0; y < 2; ++y) {
+        const std::uint32_t wanted = StoredSample(options, x, y, 0) == 0 ? seen : kWhite;
+        EXPECT_EQ(PixelAt(loaded.PageAt(0), x, y), wanted) << code << ": " << x << ", " << y;
+      }
+    }
+  }
+}
+
+// A box of text: flags, then what they announce.
+BitWriter TextBox(std::uint32_t number, std::uint32_t flags, std::uint32_t more) {
+  BitWriter box;
+  box.Word(number).Rect(0, 0, 80 * 20, 40 * 20).Byte(flags).Byte(more);
+  return box;
+}
+
+int Inked(const Loaded& loaded, std::uint32_t left, std::uint32_t right, std::uint32_t top, std::uint32_t bottom) {
+  int count = 0;
+  for (std::uint32_t y = top; y < bottom; ++y) {
+    for (std::uint32_t x = left; x < right; ++x) count += PixelAt(loaded.PageAt(0), x, y) != kWhite ? 1 : 0;
+  }
+  return count;
+}
+
+TEST_F(Qswf, TextBoxesShowWhatTheyHoldAtFirst) {
+  constexpr std::string_view kText = "HHHH HHHH HHH";
+  const auto bytes = [](std::string_view text) { return std::vector<std::uint8_t>(text.begin(), text.end()); };
+  SwfWriter plain(80, 40);
+  BitWriter box = TextBox(1, 0x80 | 0x40 | 0x04 | 0x01, 0x20);  // text, wrapped, a colour, a font
+  box.Word(9).Word(12 * 20).Color({255, 0, 0, 255}).Byte(1).Word(0).Word(0).Word(0).Word(0);  // to the right
+  plain.Tag(37, box.Byte(0).Bytes(bytes(kText)).Byte(0)).Place(1, 1).Show();
+  const Loaded loaded = Load(plain.File());
+  EXPECT_GT(Inked(loaded, 40, 78, 2, 15), 40);
+  EXPECT_GT(Inked(loaded, 50, 78, 16, 32), 30);  // the word that there is no room for
+  EXPECT_EQ(Inked(loaded, 0, 45, 18, 40), 0);
+  std::uint32_t red = 0;
+  for (std::uint32_t x = 40; x < 78; ++x) red += PixelAt(loaded.PageAt(0), x, 8) == kRed ? 1 : 0;
+  EXPECT_GT(red, 3U);
+
+  SwfWriter marked(80, 40);
+  BitWriter html = TextBox(1, 0x80 | 0x01, 0x02);
+  html.Word(9).Word(6 * 20).Byte(0);
+  html.Bytes(bytes("<p align=\"center\"><font size=\"24\" color=\"#0000FF\">&lt;H</font></p>")).Byte(0);
+  const Loaded shown = Load(marked.Tag(37, html).Place(1, 1).Show().File());
+  EXPECT_GT(Inked(shown, 30, 60, 5, 30), 60);
+  EXPECT_EQ(Inked(shown, 0, 20, 0, 40) + Inked(shown, 62, 80, 0, 40), 0);
+}
+
+TEST_F(Qswf, TextBoxesUseTheMoviesGlyphs) {
+  // A font of one letter, A: a square of the em's half on the baseline, as wide as the em.
+  BitWriter glyph;
+  glyph.Byte(0x10);
+  glyph.Bits(6, 0b000101).Bits(5, 16).Bits(16, 0).Bits(16, 0).Bits(1, 1);
+  const std::int32_t kSteps[][2] = {{512, 0}, {0, -512}, {-512, 0}, {0, 512}};
+  for (const auto& step : kSteps) glyph.Bits(2, 3).Bits(4, 15).Bits(1, 1).Bits(17, step[0]).Bits(17, step[1]);
+  glyph.Bits(6, 0);
+  const auto shape = glyph.Result();
+  BitWriter font;
+  font.Word(9).Byte(0x80 | 0x04).Byte(0).Byte(0).Word(1);
+  font.Word(4).Word(static_cast<std::uint32_t>(4 + shape.size())).Bytes(shape);
+  font.Word('A').Word(1024).Word(0).Word(0).Word(1024);
+  SwfWriter movie(80, 40);
+  movie.Tag(48, font);
+  BitWriter box = TextBox(1, 0x80 | 0x04 | 0x01, 0);
+  box.Word(9).Word(20 * 20).Color({0, 0, 255, 255}).Byte(0).Byte('A').Byte('?').Byte('A').Byte(0);
+  const Loaded loaded = Load(movie.Tag(37, box).Place(1, 1).Show().File());
+  // From 2 pixels at the left, the baseline 22 below the top; what the font lacks takes no room.
+  const auto at = [&](std::uint32_t x, std::uint32_t y) { return PixelAt(loaded.PageAt(0), x, y); };
+  EXPECT_EQ(at(3, 20), kBlue);
+  EXPECT_EQ(at(11, 13), kBlue);
+  EXPECT_EQ(at(13, 20), kWhite);
+  EXPECT_EQ(at(23, 20), kBlue);
+  EXPECT_EQ(at(31, 13), kBlue);
+  EXPECT_EQ(at(35, 20), kWhite);
+}
+
+TEST_F(Qswf, LinesEndAsTheySay) {
+  const auto line = [](std::uint32_t cap, bool scales) {
+    BitWriter shape;
+    shape.Word(1).Rect(0, 0, 800, 800).Rect(0, 0, 800, 800).Byte(0);
+    shape.Byte(0).Byte(1).Word(8 * 20).Bits(2, cap).Bits(2, 0).Bits(1, 0).Bits(2, scales ? 0 : 3).Bits(7, 0);
+    shape.Bits(2, cap).Color({255, 0, 0, 255}).Byte(0x11);
+    shape.Bits(6, 0b001001).Bits(5, 16).Bits(16, 200).Bits(16, 200).Bits(1, 1);
+    shape.Bits(2, 3).Bits(4, 15).Bits(1, 0).Bits(1, 0).Bits(17, 200);  // from 10 to 20
+    return shape.Bits(6, 0);
+  };
+  const auto inked = [&](std::uint32_t cap, bool scales, std::int32_t times, std::uint32_t x, std::uint32_t y) {
+    SwfWriter movie(80, 60);
+    movie.Tag(83, line(cap, scales));
+    movie.Tag(26, BitWriter().Byte(6).Word(1).Word(1).Matrix(65536 * times, 65536 * times, 0, 0)).Show();
+    return PixelAt(Load(movie.File()).PageAt(0), x, y) == kRed;
+  };
+  EXPECT_TRUE(inked(0, true, 1, 7, 10));  // round
+  EXPECT_FALSE(inked(0, true, 1, 6, 7));
+  EXPECT_FALSE(inked(1, true, 1, 7, 10));  // none
+  EXPECT_TRUE(inked(1, true, 1, 11, 7));
+  EXPECT_TRUE(inked(2, true, 1, 7, 7));  // square
+  EXPECT_TRUE(inked(1, true, 2, 30, 14));
+  EXPECT_FALSE(inked(1, false, 2, 30, 14));
+  EXPECT_TRUE(inked(1, false, 2, 30, 17));
+}
+
+TEST_F(Qswf, LargeMoviesOfManyFramesEnd) {
+  SwfWriter movie(6000, 6000);
+  movie.Box(1, 0, 0, 4, 4, {255, 0, 0});
+  for (std::uint32_t i = 0; i < 200; ++i) movie.Place(1, 1 + i, static_cast<std::int32_t>(i)).Show();
+  const Loaded loaded = Load(movie.File());
+  EXPECT_GE(loaded.PageCount(), 1U);
+  EXPECT_LE(loaded.PageCount(), 3U);
+  EXPECT_NE(loaded.message, "");
 }
 
 TEST_F(Qswf, FilmsThatCannotBeDecodedLeaveTheRest) {

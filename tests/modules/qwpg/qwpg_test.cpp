@@ -95,6 +95,61 @@ TEST_F(Qwpg, LinesPolygonsAndEllipses) {
   EXPECT_FALSE(inked(36, 80));
 }
 
+// The second version, on 2 x 2 inches of 1200 units, y going up.
+class Wpg2Writer {
+ public:
+  Wpg2Writer() {
+    out_.Byte(0xFF).Text("WPC").Long(16).Byte(1).Byte(0x16).Byte(2).Byte(0).Word(0).Word(0);
+    ByteWriter start;
+    start.Word(1200).Word(1200).Byte(0).Zeros(8).Word(0).Word(0).Word(2400).Word(2400);
+    Record(0x01, start);
+  }
+  Wpg2Writer& Record(std::uint32_t type, const ByteWriter& data) {
+    out_.Byte(0).Byte(type).Byte(0).Byte(static_cast<std::uint32_t>(data.bytes.size())).Bytes(data.bytes);
+    return *this;
+  }
+  Wpg2Writer& Rectangle(std::uint32_t flags, std::uint32_t left, std::uint32_t low, std::uint32_t right,
+                        std::uint32_t high) {
+    return Record(0x18, ByteWriter().Word(flags).Word(left).Word(low).Word(right).Word(high).Word(0).Word(0));
+  }
+  std::vector<std::uint8_t> End() { return Record(0x02, ByteWriter()).out_.bytes; }
+
+ private:
+  ByteWriter out_;
+};
+
+constexpr std::uint32_t kFilled = 1 << 13;
+constexpr std::uint32_t kFramed = 1 << 15;
+
+TEST_F(Qwpg, GradientsRunFromColorToColor) {
+  Wpg2Writer wpg;
+  wpg.Record(0x2F, ByteWriter().Word(0).Word(0).Word(65535).Word(65535).Word(0));  // straight down, from one end
+  wpg.Record(0x31, ByteWriter().Byte(1).Word(2).Long(0x000000FF).Long(0x00FF0000).Word(0));
+  const Loaded loaded = Draw(wpg.Rectangle(kFilled, 0, 0, 2400, 2400).End());
+  const auto& page = loaded.PageAt(0);
+  const auto red = [&](std::uint32_t y) { return PixelAt(page, 70, y) >> 16 & 255; };
+  const auto blue = [&](std::uint32_t y) { return PixelAt(page, 70, y) & 255; };
+  EXPECT_GT(blue(2), 240U);
+  EXPECT_LT(red(2), 15U);
+  EXPECT_NEAR(red(72), 128, 8);
+  EXPECT_NEAR(blue(72), 128, 8);
+  EXPECT_GT(red(141), 240U);
+  EXPECT_EQ(PixelAt(page, 10, 72), PixelAt(page, 130, 72));
+}
+
+TEST_F(Qwpg, LinesHaveTheirDashes) {
+  Wpg2Writer wpg;
+  wpg.Record(0x25, ByteWriter().Long(0)).Record(0x2B, ByteWriter().Word(12)).Record(0x27, ByteWriter().Long(0));
+  wpg.Record(0x29, ByteWriter().Word(4));
+  const Loaded loaded = Draw(wpg.Rectangle(kFramed, 100, 1200, 2300, 2500).End());
+  std::uint32_t changes = 0;
+  for (std::uint32_t x = 10; x < 134; ++x) {
+    const auto inked = [&](std::uint32_t at) { return PixelAt(loaded.PageAt(0), at, 72) >> 24 != 0; };
+    changes += inked(x) != inked(x + 1) ? 1 : 0;
+  }
+  EXPECT_GE(changes, 3U);
+}
+
 TEST_F(Qwpg, OneBitmapIsARasterPage) {
   WpgWriter wpg(31, 32);
   // 3 x 2 pixels of one bit, 75 to the inch: a run of one byte in each row.

@@ -1,9 +1,9 @@
-#include "modules/helpers/dxf_reader/letters.h"
+#include "modules/vector/letters.h"
 
 #include <cstdint>
 #include <iterator>
 
-namespace dxf {
+namespace modules {
 namespace {
 
 // Thousandths of the em, from the space on; those of the sans serif face that stands in for most fonts of drawings.
@@ -31,4 +31,4 @@ double TextLength(std::u16string_view text) {
   return static_cast<double>(length) / 1000;
 }
 
-}  // namespace dxf
+}  // namespace modules
