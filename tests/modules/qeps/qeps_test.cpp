@@ -164,7 +164,7 @@ TEST_F(Qeps, WhatSwitchesPrintersIsPassedOver) {
 TEST_F(Qeps, AnnouncedPagesMayTakeTheirTime) {
   // Each a good part of what a script may take, all together more.
   const std::string page =
-      "%%Page: 1 1\nusertime {dup usertime exch sub 1300 gt {pop exit} if} loop "
+      "%%Page: 1 1\nrealtime {dup realtime exch sub 1300 gt {pop exit} if} loop "
       "<</PageSize [40 20]>> setpagedevice showpage\n";
   std::string script = "%!PS-Adobe-3.0\n%%Pages: (atend)\n";
   for (int i = 0; i < 4; ++i) script += page;
