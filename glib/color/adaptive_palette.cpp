@@ -32,9 +32,12 @@ Effort EffortOf(PaletteLevel level) {
   }
 }
 
+constexpr std::size_t kMergedGroups = 512;
+
 std::vector<FineColor> EntriesOf(std::span<const ColorCell> cells, std::size_t maxColors, bool merging) {
-  // Merging twice as many takes back cuts that later ones made needless.
-  std::vector<ColorGroup> groups = SplitCells(cells, merging ? 2 * maxColors : maxColors);
+  // Merging takes back cuts that later ones made needless. From the same groups for any number of colours, so that a
+  // colour more changes little else.
+  std::vector<ColorGroup> groups = SplitCells(cells, merging ? kMergedGroups : maxColors);
   MergeGroups(groups, maxColors);
   std::vector<FineColor> entries;
   for (const ColorGroup& group : groups) {

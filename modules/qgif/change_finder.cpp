@@ -9,9 +9,6 @@ namespace {
 
 using modules::Page;
 
-// From this length on a run of pixels that need no drawing is left transparent without a search for something shorter.
-constexpr std::uint32_t kLongRun = 9;
-
 std::uint32_t WidthOf(const Page& page) { return static_cast<std::uint32_t>(page.width); }
 std::uint32_t HeightOf(const Page& page) { return static_cast<std::uint32_t>(page.height); }
 bool SameSize(const Page& a, const Page& b) { return a.width == b.width && a.height == b.height; }
@@ -177,14 +174,15 @@ void ChangeFinder::FindChanges(std::size_t number, const FrameArea& vanishing) {
   const auto end = used.begin() + static_cast<std::ptrdiff_t>(limit);
   const auto unused = std::find(used.begin(), end, false);
   frame_.transparent = unused == end ? -1 : static_cast<int>(unused - used.begin());
+  needed_ = used;
 }
 
 void ChangeFinder::FillFrame(std::size_t number) {
   const Page& page = *pages_[number];
   const auto words = WordsOf(number);
   const FrameArea& area = frame_.area;
-  frame_.indices.resize(std::size_t{area.width} * area.height);
-  frame_.alternatives.resize(frame_.indices.size());
+  frame_.drawn.resize(std::size_t{area.width} * area.height);
+  frame_.sparse.resize(frame_.drawn.size());
   bool keeps = false;
   for (std::uint32_t i = 0; i < area.height; ++i) {
     const std::uint32_t y = area.top + (interlaced_ ? InterlacedRow(i, area.height) : i);
@@ -192,30 +190,26 @@ void ChangeFinder::FillFrame(std::size_t number) {
     const std::uint8_t* plane = plane_.data() + begin;
     const std::uint8_t* held = held_.data() + begin;
     std::uint32_t* shown = ShownRow(y) + area.left;
-    std::uint8_t* indices = frame_.indices.data() + std::size_t{i} * area.width;
-    std::uint8_t* alternatives = frame_.alternatives.data() + std::size_t{i} * area.width;
-    std::uint32_t run = 0;
+    std::uint8_t* drawn = frame_.drawn.data() + std::size_t{i} * area.width;
+    std::uint8_t* sparse = frame_.sparse.data() + std::size_t{i} * area.width;
     for (std::uint32_t x = 0; x < area.width; ++x) {
       const std::uint32_t word = words[plane[x]];
-      indices[x] = alternatives[x] = plane[x];
+      drawn[x] = sparse[x] = plane[x];
       if (frame_.transparent < 0 || NeedsDrawing(shown[x], word, held[x])) {
         shown[x] = word;
-        run = 0;
         continue;
       }
       keeps = true;
       const auto transparent = static_cast<std::uint8_t>(frame_.transparent);
-      alternatives[x] = transparent;
-      if (shown[x] != word || word == kTransparent) indices[x] = transparent;
-      if (++run < kLongRun) continue;
-      if (run == kLongRun) std::fill_n(indices + x + 1 - kLongRun, kLongRun, transparent);
-      indices[x] = transparent;
+      sparse[x] = transparent;
+      // What need not be drawn is not worth an index that nothing else has.
+      if (shown[x] != word || word == kTransparent || !needed_[plane[x]]) drawn[x] = transparent;
     }
   }
   if (!keeps) frame_.transparent = -1;
-  frame_.choices = frame_.indices != frame_.alternatives;
-  frame_.highest = std::max(*std::max_element(frame_.indices.begin(), frame_.indices.end()),
-                            *std::max_element(frame_.alternatives.begin(), frame_.alternatives.end()));
+  frame_.choices = frame_.drawn != frame_.sparse;
+  frame_.highest = std::max(*std::max_element(frame_.drawn.begin(), frame_.drawn.end()),
+                            *std::max_element(frame_.sparse.begin(), frame_.sparse.end()));
 }
 
 }  // namespace qgif

@@ -20,9 +20,10 @@ struct ChangedFrame {
   int transparent = -1;  // index that leaves what is shown, or -1: every pixel is drawn
   bool choices = false;  // some pixels may be stored as either index
   std::uint32_t highest = 0;
-  // Rows of the area in the order of the file. Where the two differ, either serves.
-  std::vector<std::uint8_t> indices;
-  std::vector<std::uint8_t> alternatives;
+  // Rows of the area in the order of the file, with all pixels drawn that may be, and with as few drawn as there can
+  // be. Where the two differ, either serves.
+  std::vector<std::uint8_t> drawn;
+  std::vector<std::uint8_t> sparse;
 };
 
 // Follows what is on the screen from page to page and finds the frames that bring about the next page.
@@ -57,6 +58,7 @@ class ChangeFinder {
   std::vector<std::uint8_t> held_;    // of its pixels: 1 where what is shown may stay
   std::vector<std::uint32_t> row_;
   std::vector<std::uint32_t> rowBefore_;
+  std::array<bool, 256> needed_{};  // indices that pixels have that must be drawn
   ChangedFrame frame_;
 };
 

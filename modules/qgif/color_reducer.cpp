@@ -2,6 +2,7 @@
 
 #include "glib/color/adaptive_palette.h"
 #include "glib/color/color_page.h"
+#include "modules/qgif/palette_order.h"
 
 namespace qgif {
 namespace {
@@ -44,7 +45,8 @@ ColorReducer::ColorReducer(std::span<const Page* const> pages, const PixelView& 
   palette.level = glib::PaletteLevelOf(settings.level);
   palette.grayscale = view.grayscale;
   palette.dither = settings.dither;
-  const glib::AdaptivePalette found = glib::BuildAdaptivePalette(colorPages, palette);
+  glib::AdaptivePalette found = glib::BuildAdaptivePalette(colorPages, palette);
+  if (settings.changesOnly) OrderForChanges(pages, view, glib::MeasureOf(palette.level), found.colors);
 
   glib::MapSettings map;
   map.firstIndex = transparent ? 1 : 0;

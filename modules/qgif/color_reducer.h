@@ -16,7 +16,8 @@ namespace qgif {
 struct ReducerSettings {
   std::uint32_t maxEntries = 256;  // 2 to 256, the transparent one included
   bool dither = false;
-  std::int32_t level = 0;  // of the palette: 1 fast, 8 best, 9 by the eye's measure, others the default
+  bool changesOnly = false;  // frames hold what changes from page to page
+  std::int32_t level = 0;    // of the palette: 1 fast, 8 best, 9 by the eye's measure, others the default
 };
 
 // Pages that have more colours than a table holds, brought to one palette.

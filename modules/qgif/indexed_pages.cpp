@@ -4,6 +4,8 @@
 #include <array>
 #include <numeric>
 
+#include "modules/qgif/palette_order.h"
+
 namespace qgif {
 namespace {
 
@@ -132,7 +134,13 @@ bool IndexedPages::Unite() {
       if (!all.Add(word, settings_.maxEntries)) return false;
     }
   }
-  tables_.push_back(TableOf(all.Words()));
+  std::vector<std::uint32_t> words = all.Words();
+  if (settings_.changesOnly) {
+    std::vector<std::uint32_t> colors(words.begin() + (anyHoles ? 1 : 0), words.end());
+    OrderForChanges(pages_, view_, glib::ColorMeasure::kBalanced, colors);
+    std::copy(colors.begin(), colors.end(), words.begin() + (anyHoles ? 1 : 0));
+  }
+  tables_.push_back(TableOf(words));
   for (Plan& plan : plans_) {
     plan.way = Way::kByColor;
     plan.transparent = plan.holes ? 0 : -1;

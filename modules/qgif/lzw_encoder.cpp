@@ -2,7 +2,6 @@
 
 #include <bit>
 
-#include "modules/qgif/code_stream.h"
 #include "modules/qgif/gif_structure.h"
 
 namespace qgif {
@@ -11,9 +10,9 @@ std::uint32_t CodeSizeFor(std::uint32_t highest) {
   return highest < 4 ? 2 : static_cast<std::uint32_t>(std::bit_width(highest));
 }
 
-void LzwEncoder::Encode(const IndexRows& rows, std::uint32_t codeSize, BlockOutput& output) {
+bool LzwEncoder::Encode(const IndexRows& rows, std::uint32_t codeSize, ClearTable clear, BlockOutput& output) {
   dictionary_.Reset();
-  CodeStream stream(codeSize, std::uint64_t{rows.width} * rows.height, codes_, output);
+  CodeStream stream(codeSize, clear, codes_, output);
   std::uint32_t code = rows.first[0];
   std::uint64_t begin = 0;  // where the string that is being matched begins, counted in pixels of the frame
   for (std::uint32_t i = 0; i < rows.height; ++i) {
@@ -38,6 +37,7 @@ void LzwEncoder::Encode(const IndexRows& rows, std::uint32_t codeSize, BlockOutp
     }
   }
   stream.End(code);
+  return stream.WasFull();
 }
 
 struct LzwEncoder::Pixels {
@@ -71,11 +71,11 @@ LzwEncoder::Match LzwEncoder::LongestMatch(const Pixels& pixels, std::size_t pla
 // The entry of a string and the pixel behind it is only known when that pixel has been chosen, yet the string that
 // begins there may be this very entry. So the entry stands in the table, for either choice in turn, while the search
 // goes on.
-void LzwEncoder::EncodeChoices(const std::uint8_t* indices, const std::uint8_t* alternatives, std::size_t count,
-                               std::uint32_t codeSize, BlockOutput& output) {
+bool LzwEncoder::EncodeChoices(const std::uint8_t* indices, const std::uint8_t* alternatives, std::size_t count,
+                               std::uint32_t codeSize, ClearTable clear, BlockOutput& output) {
   const Pixels pixels{indices, alternatives, count};
   dictionary_.Reset();
-  CodeStream stream(codeSize, pixels.count, codes_, output);
+  CodeStream stream(codeSize, clear, codes_, output);
   Match before;  // of length 0: there is none since the table was begun
   for (std::size_t place = 0; place < pixels.count;) {
     const bool entryDue = before.length != 0 && !stream.Full();
@@ -96,13 +96,17 @@ void LzwEncoder::EncodeChoices(const std::uint8_t* indices, const std::uint8_t* 
       dictionary_.Set(slot, before.code, best.first, stream.NewEntry());
     }
     place += best.length;
-    if (place == pixels.count) return stream.End(best.code);
+    if (place == pixels.count) {
+      stream.End(best.code);
+      break;
+    }
     before = best;
     if (stream.Put(best.code, best.length)) {
       dictionary_.Reset();
       before = Match{};
     }
   }
+  return stream.WasFull();
 }
 
 }  // namespace qgif

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "modules/qgif/block_output.h"
+#include "modules/qgif/code_stream.h"
 #include "modules/qgif/lzw_dictionary.h"
 
 namespace qgif {
@@ -23,20 +24,26 @@ struct IndexRows {
 // The smallest code size that holds indices up to `highest`.
 std::uint32_t CodeSizeFor(std::uint32_t highest);
 
+// What serves most frames of so many pixels best. Photographs of 256 colours came out 0.6 % smaller with a table that
+// is kept at 768 x 512, but 1.3 % larger at 300 x 200.
+inline ClearTable ClearTableFor(std::uint64_t pixels) {
+  return pixels < 100000 ? ClearTable::kAtOnce : ClearTable::kWhenBehind;
+}
+
 // Makes the codes of frames. One object serves all frames of a file, so that its tables are made once.
 class LzwEncoder {
  public:
   LzwEncoder() = default;
 
   // Writes the code size, the blocks of codes and the end of blocks. There is at least one pixel, and all indices are
-  // below 1 << codeSize, which is 2 to 8.
-  void Encode(const IndexRows& rows, std::uint32_t codeSize, BlockOutput& output);
+  // below 1 << codeSize, which is 2 to 8. Gives whether a table was ever full: if not, `clear` made no difference.
+  bool Encode(const IndexRows& rows, std::uint32_t codeSize, ClearTable clear, BlockOutput& output);
 
   // The same for pixels that may be stored as either of two indices. What makes the longest string is taken, among
   // equals what changes from pixel to pixel least often. Both arrays hold `count` indices in the order of the file.
   // Slower than Encode.
-  void EncodeChoices(const std::uint8_t* indices, const std::uint8_t* alternatives, std::size_t count,
-                     std::uint32_t codeSize, BlockOutput& output);
+  bool EncodeChoices(const std::uint8_t* indices, const std::uint8_t* alternatives, std::size_t count,
+                     std::uint32_t codeSize, ClearTable clear, BlockOutput& output);
 
  private:
   struct Pixels;

@@ -10,6 +10,7 @@
 #include "modules/common/page_builder.h"
 #include "modules/qgif/block_output.h"
 #include "modules/qgif/change_finder.h"
+#include "modules/qgif/frame_packer.h"
 #include "modules/qgif/gif_blocks.h"
 #include "modules/qgif/indexed_pages.h"
 #include "modules/qgif/lzw_encoder.h"
@@ -45,6 +46,7 @@ WriteSettings ReadSettings(const glib::BaseFormatDesc& desc) {
   settings.reducer.dither = desc.dither != 0;
   settings.interlaced = gif->interlace != 0;
   settings.changesOnly = gif->nfi != 0;
+  settings.reducer.changesOnly = settings.changesOnly;
   settings.loss = static_cast<std::uint32_t>(std::clamp(desc.quantize / 10, 0, kMaxLoss));
   return settings;
 }
@@ -72,15 +74,6 @@ class FileSink : public ByteSink {
   platform::OutputFile file_;
 };
 
-class MemorySink : public ByteSink {
- public:
-  bool Take(std::span<const std::uint8_t> taken) override {
-    bytes.insert(bytes.end(), taken.begin(), taken.end());
-    return true;
-  }
-  std::vector<std::uint8_t> bytes;
-};
-
 // The highest index in use, which is at most `last`: most often that one, and looking for a value is quicker than
 // comparing all.
 std::uint32_t HighestIndex(std::span<const std::uint8_t> indices, std::size_t last) {
@@ -94,7 +87,11 @@ std::uint32_t HighestIndex(std::span<const std::uint8_t> indices, std::size_t la
 class FrameWriter {
  public:
   FrameWriter(const PageList& pages, const WriteSettings& settings, BlockOutput& output)
-      : pages_(pages), settings_(settings), indexed_(pages, settings.view, settings.reducer), output_(output) {
+      : pages_(pages),
+        settings_(settings),
+        indexed_(pages, settings.view, settings.reducer),
+        output_(output),
+        packer_(output) {
     for (const Page* page : pages) {
       width_ = std::max(width_, static_cast<std::uint32_t>(page->width));
       height_ = std::max(height_, static_cast<std::uint32_t>(page->height));
@@ -124,7 +121,7 @@ class FrameWriter {
       WriteFrameHeader({pages_[i]->delay, pages_.size() > 1 ? disposal : Disposal::kNone, indexed_.Transparent(i)},
                        {0, 0, width, height}, settings_.interlaced, OwnTable(i), output_);
       const std::uint32_t highest = HighestIndex(plane, indexed_.Table(i).words.size() - 1);
-      encoder_.Encode({plane.data(), width, width, height, settings_.interlaced}, CodeSizeFor(highest), output_);
+      packer_.PackPage({plane.data(), width, width, height, settings_.interlaced}, CodeSizeFor(highest));
     }
   }
 
@@ -134,36 +131,8 @@ class FrameWriter {
       const ChangedFrame& frame = finder.Next(i);
       WriteFrameHeader({pages_[i]->delay, frame.clears ? Disposal::kClear : Disposal::kKeep, frame.transparent},
                        frame.area, settings_.interlaced, OwnTable(i), output_);
-      const std::uint32_t codeSize = CodeSizeFor(frame.highest);
-      if (frame.choices) {
-        WriteShortest(frame, codeSize);
-      } else {
-        EncodeFrame(frame, frame.indices, codeSize, output_);
-      }
+      packer_.PackChanges(frame, CodeSizeFor(frame.highest));
     }
-  }
-
-  // Rows of such frames are in the order of the file already.
-  void EncodeFrame(const ChangedFrame& frame, const std::vector<std::uint8_t>& indices, std::uint32_t codeSize,
-                   BlockOutput& output) {
-    encoder_.Encode({indices.data(), frame.area.width, frame.area.width, frame.area.height, false}, codeSize, output);
-  }
-
-  // The longest strings are not always the fewest codes: drawing all that may be drawn, or nothing of it, is tried too.
-  void WriteShortest(const ChangedFrame& frame, std::uint32_t codeSize) {
-    MemorySink ways[3];
-    for (int way = 0; way < 3; ++way) {
-      BlockOutput output(ways[way]);
-      if (way == 0) {
-        encoder_.EncodeChoices(frame.indices.data(), frame.alternatives.data(), frame.indices.size(), codeSize, output);
-      } else {
-        EncodeFrame(frame, way == 1 ? frame.indices : frame.alternatives, codeSize, output);
-      }
-      output.Flush();
-    }
-    output_.Bytes(std::min_element(std::begin(ways), std::end(ways), [](const MemorySink& a, const MemorySink& b) {
-                    return a.bytes.size() < b.bytes.size();
-                  })->bytes);
   }
 
   // Whether something of the page could be seen through the one that follows it; after the last comes the first.
@@ -181,7 +150,7 @@ class FrameWriter {
   const WriteSettings& settings_;
   IndexedPages indexed_;
   BlockOutput& output_;
-  LzwEncoder encoder_;
+  FramePacker packer_;
   std::uint32_t width_ = 0;
   std::uint32_t height_ = 0;
 };

@@ -84,7 +84,8 @@ TEST_P(LzwRoundTrip, AllFormsAgree) {
 
     MemorySink sink;
     qgif::BlockOutput output(sink);
-    encoder.Encode({pixels.data(), count, static_cast<std::uint32_t>(count), 1, false}, codeSize, output);
+    encoder.Encode({pixels.data(), count, static_cast<std::uint32_t>(count), 1, false}, codeSize,
+                   qgif::ClearTable::kWhenBehind, output);
     ASSERT_TRUE(output.Flush());
     ASSERT_EQ(sink.taken.front(), codeSize);
     ASSERT_EQ(sink.taken.back(), 0);
@@ -114,7 +115,7 @@ TEST(LzwEncoder, TakesRowsByStrideAndOrder) {
       const std::uint32_t width = 1 + height;
       MemorySink sink;
       qgif::BlockOutput output(sink);
-      encoder.Encode({plane.data() + 5, kStride, width, height, interlaced}, 7, output);
+      encoder.Encode({plane.data() + 5, kStride, width, height, interlaced}, 7, qgif::ClearTable::kWhenBehind, output);
       output.Flush();
       const Bytes decoded = Decode(support::JoinBlocks(sink.taken, 1), 7, std::size_t{width} * height);
       Bytes expected;
@@ -164,11 +165,13 @@ TEST(LzwEncoder, ChoosesBetweenIndices) {
         qgif::BlockOutput plainOutput(plain);
         qgif::BlockOutput sameOutput(same);
         qgif::BlockOutput chosenOutput(chosen);
-        encoder.Encode({pixels.data(), count, static_cast<std::uint32_t>(count), 1, false}, codeSize, plainOutput);
-        encoder.EncodeChoices(pixels.data(), pixels.data(), count, codeSize, sameOutput);
+        encoder.Encode({pixels.data(), count, static_cast<std::uint32_t>(count), 1, false}, codeSize,
+                       qgif::ClearTable::kWhenBehind, plainOutput);
+        encoder.EncodeChoices(pixels.data(), pixels.data(), count, codeSize, qgif::ClearTable::kWhenBehind, sameOutput);
         Bytes others = pixels;
         for (std::uint8_t& other : others) other = random() % 4 != 0 ? std::uint8_t{1} : other;
-        encoder.EncodeChoices(pixels.data(), others.data(), count, codeSize, chosenOutput);
+        encoder.EncodeChoices(pixels.data(), others.data(), count, codeSize, qgif::ClearTable::kWhenBehind,
+                              chosenOutput);
         ASSERT_TRUE(plainOutput.Flush() && sameOutput.Flush() && chosenOutput.Flush());
         EXPECT_TRUE(plain.taken == same.taken);
         const Bytes decoded = Decode(support::JoinBlocks(chosen.taken, 1), codeSize, count);
@@ -188,7 +191,7 @@ TEST(LzwDecoder, KeepsAFullTable) {
   qgif::LzwEncoder encoder;
   MemorySink sink;
   qgif::BlockOutput output(sink);
-  encoder.Encode({pixels.data(), 400, 400, 1000, false}, 2, output);
+  encoder.Encode({pixels.data(), 400, 400, 1000, false}, 2, qgif::ClearTable::kWhenBehind, output);
   output.Flush();
   const Bytes codes = support::JoinBlocks(sink.taken, 1);
   EXPECT_EQ(Decode(codes, 2, pixels.size()), pixels);

@@ -97,7 +97,8 @@ void EncodeOurs(benchmark::State& state) {
     CountingSink sink;
     qgif::BlockOutput output(sink);
     qgif::LzwEncoder encoder;
-    encoder.Encode({plane.pixels.data(), kWidth, kWidth, kHeight, false}, qgif::CodeSizeFor(plane.highest), output);
+    encoder.Encode({plane.pixels.data(), kWidth, kWidth, kHeight, false}, qgif::CodeSizeFor(plane.highest),
+                   qgif::ClearTable::kWhenBehind, output);
     output.Flush();
     size = sink.size;
   }
@@ -178,7 +179,8 @@ const Bytes& FileOf(int picture) {
   output.Word(kHeight);
   output.Byte(0);
   qgif::LzwEncoder encoder;
-  encoder.Encode({plane.pixels.data(), kWidth, kWidth, kHeight, false}, qgif::CodeSizeFor(plane.highest), output);
+  encoder.Encode({plane.pixels.data(), kWidth, kWidth, kHeight, false}, qgif::CodeSizeFor(plane.highest),
+                 qgif::ClearTable::kWhenBehind, output);
   output.Byte(0x3B);
   output.Flush();
   return file;
