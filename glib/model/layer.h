@@ -61,7 +61,8 @@ class Layer {
   // Changes the size without scaling; the old image stays at the top left.
   bool ResizeCanvas(std::int32_t width, std::int32_t height);
 
-  // `progress` may be null in all of these; its user value and text go into the reports.
+  // `progress` may be null in all of these; its user value and text go into the reports. Scaling refuses sides of more
+  // than 65535 pixels, which no output has.
   bool ScaleLayer(std::int32_t width, std::int32_t height, std::int32_t smooth, bool keepAspect,
                   ProgressCallback callback, const ProgressInfo* progress);
   bool RotateLayer(double angle, std::uint8_t interpolate, ProgressCallback callback, const ProgressInfo* progress);

@@ -7,6 +7,9 @@
 namespace glib {
 namespace {
 
+// No side of an output is longer; a raster of longer ones would be made for nothing.
+constexpr std::int32_t kMaxSide = 65535;
+
 struct Size {
   std::int32_t width;
   std::int32_t height;
@@ -62,6 +65,7 @@ bool Layer::ScaleLayer(std::int32_t width, std::int32_t height, std::int32_t smo
   GetSize(own.width, own.height);
   if (own.width == 0 || own.height == 0) return false;
   const Size size = SettledSize(own, {width, height}, keepAspect);
+  if (size.width > kMaxSide || size.height > kMaxSide) return false;
   if (raster.metafile != nullptr) {  // drawn at its new size when pixels are asked for
     raster.width = size.width;
     raster.height = size.height;

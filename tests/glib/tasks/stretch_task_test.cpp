@@ -71,6 +71,23 @@ TEST(StretchTask, RefusesAbsurdSizes) {
   }
 }
 
+TEST(StretchTask, RefusesSidesThatNoOutputHas) {
+  test_support::SampleFilm sample;
+  sample.AddSlide(8, 4);
+  glib::StretchParams percent = Size(1e6F, 0);
+  percent.widthIsPercent = 1;
+  glib::StretchParams proportional = Size(0, 40000);
+  proportional.proportional = 1;
+  for (const glib::StretchParams& params : {Size(65536, 1), Size(1, 65536), percent, proportional}) {
+    EXPECT_FALSE(glib::TaskStretch(&sample.film, &params));
+    EXPECT_EQ(sample.Layer(0).raster.width, 8);
+    EXPECT_EQ(sample.Layer(0).raster.height, 4);
+  }
+  const glib::StretchParams longest = Size(65535, 1);
+  EXPECT_TRUE(glib::TaskStretch(&sample.film, &longest));
+  EXPECT_EQ(sample.Layer(0).raster.width, 65535);
+}
+
 TEST(StretchTask, CentresOnTheCanvas) {
   struct {
     float width, height;
