@@ -15,42 +15,91 @@ namespace glib {
 namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-// All that fill whole vectors; gives how many pixels that were. With vectors of 16 bytes look-ups one by one are
-// faster.
+#if HWY_TARGET <= HWY_AVX2 && HWY_ARCH_X86
+
+using D = hn::ScalableTag<std::uint32_t>;
+using D8 = hn::Repartition<std::uint8_t, D>;
+using DSigned = hn::RebindToSigned<D8>;
+
+// The three colours of four vectors of pixels fill three vectors.
+struct Packed {
+  hn::Vec<D8> part[3];
+};
+
+// 16 bytes for every block of a vector.
+HWY_INLINE hn::Vec<D8> Blocks(const std::uint8_t* bytes) { return hn::LoadDup128(D8(), bytes); }
+
+HWY_INLINE Packed Pack(const hn::Vec<D8>* pixels) {
+  static constexpr std::uint8_t kColours[16] = {0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 128, 128, 128, 128};
+  const D8 d;
+  const auto order = Blocks(kColours);
+  const auto a = hn::TableLookupBytesOr0(pixels[0], order);
+  const auto b = hn::TableLookupBytesOr0(pixels[1], order);
+  const auto c = hn::TableLookupBytesOr0(pixels[2], order);
+  const auto e = hn::TableLookupBytesOr0(pixels[3], order);
+  return {{hn::Or(a, hn::ShiftLeftBytes<12>(d, b)), hn::Or(hn::ShiftRightBytes<4>(d, b), hn::ShiftLeftBytes<8>(d, c)),
+           hn::Or(hn::ShiftRightBytes<8>(d, c), hn::ShiftLeftBytes<4>(d, e))}};
+}
+
+// The pixels keep their alpha.
+HWY_INLINE void Unpack(const Packed& colours, hn::Vec<D8>* pixels) {
+  static constexpr std::uint8_t kPlaces[16] = {0, 1, 2, 128, 3, 4, 5, 128, 6, 7, 8, 128, 9, 10, 11, 128};
+  const D8 d;
+  const auto order = Blocks(kPlaces);
+  const auto alpha = hn::BitCast(d, hn::Set(D(), 0xFF000000));
+  const auto& [a, b, c] = colours.part;
+  const hn::Vec<D8> triples[4] = {a, hn::CombineShiftRightBytes<12>(d, b, a), hn::CombineShiftRightBytes<8>(d, c, b),
+                                  hn::ShiftRightBytes<4>(d, c)};
+  HWY_UNROLL(4)
+  for (std::size_t i = 0; i < 4; ++i) {
+    pixels[i] = hn::OrAnd(hn::TableLookupBytesOr0(triples[i], order), pixels[i], alpha);
+  }
+}
+
+// Adds to `found` what the eight steps of one half of the table say.
 //
 // A shuffle looks up the low half of a value in 16 entries, and gives 0 where the value's sign is set. Counted down by
-// 16 a step, a value below 128 takes part up to the step of its own 16 entries. The shuffles hold what differs from the
-// 16 entries before, so that all up to there add up to its own. Values from 128 on do the same in the second half.
+// 16 a step, a value below 128 takes part up to the step of its own 16 entries. The steps hold what differs from the 16
+// entries before, so that all up to there add up to its own.
+HWY_INLINE void AddHalf(Packed values, const std::uint8_t (*steps)[16], Packed& found) {
+  const DSigned d;
+  HWY_UNROLL(8)
+  for (std::size_t k = 0; k < 8; ++k) {
+    const auto step = Blocks(steps[k]);
+    HWY_UNROLL(3)
+    for (std::size_t i = 0; i < 3; ++i) {
+      found.part[i] = hn::Xor(found.part[i], hn::TableLookupBytes(step, values.part[i]));
+      values.part[i] = hn::BitCast(D8(), hn::SaturatedSub(hn::BitCast(d, values.part[i]), hn::Set(d, 16)));
+    }
+  }
+}
+
+#endif
+
+// All that fill four vectors; gives how many pixels that were. With vectors of 16 bytes look-ups one by one are faster.
 std::size_t LookUpVectors(std::uint32_t* pixels, std::size_t count, const std::uint8_t* table) {
 #if HWY_TARGET <= HWY_AVX2 && HWY_ARCH_X86
-  const hn::ScalableTag<std::uint32_t> d;
-  const hn::Repartition<std::uint8_t, decltype(d)> d8;
-  const hn::RebindToSigned<decltype(d8)> dSigned;
-  constexpr std::size_t kSteps = 8;
-  const auto entries = [&](std::size_t k) HWY_ATTR { return hn::LoadDup128(d8, table + 16 * k); };
-  hn::Vec<decltype(d8)> low[kSteps] = {entries(0)};
-  hn::Vec<decltype(d8)> high[kSteps] = {entries(kSteps)};
-  for (std::size_t k = 1; k < kSteps; ++k) {
-    low[k] = hn::Xor(entries(k), entries(k - 1));
-    high[k] = hn::Xor(entries(kSteps + k), entries(kSteps + k - 1));
+  alignas(16) std::uint8_t steps[16][16];
+  for (std::size_t i = 0; i < 256; ++i) {
+    steps[i / 16][i % 16] = i / 16 % 8 == 0 ? table[i] : static_cast<std::uint8_t>(table[i] ^ table[i - 16]);
   }
-  const auto sixteen = hn::Set(dSigned, 16);
-  const auto colours = hn::BitCast(d8, hn::Set(d, 0x00FFFFFF));
-  const auto lookUp = [&](hn::Vec<decltype(dSigned)> value, const hn::Vec<decltype(d8)>* steps) HWY_ATTR {
-    auto found = hn::TableLookupBytes(steps[0], hn::BitCast(d8, value));
-    HWY_UNROLL(kSteps)
-    for (std::size_t k = 1; k < kSteps; ++k) {
-      value = hn::SaturatedSub(value, sixteen);
-      found = hn::Xor(found, hn::TableLookupBytes(steps[k], hn::BitCast(d8, value)));
-    }
-    return found;
-  };
+  const D d;
+  const D8 d8;
+  const std::size_t lanes = hn::Lanes(d);
   std::size_t i = 0;
-  for (; i + hn::Lanes(d) <= count; i += hn::Lanes(d)) {
-    const auto values = hn::BitCast(dSigned, hn::LoadU(d, pixels + i));
-    const auto found = hn::Or(lookUp(values, low), lookUp(hn::Xor(values, hn::Set(dSigned, -128)), high));
-    const auto result = hn::OrAnd(hn::AndNot(colours, hn::BitCast(d8, values)), found, colours);
-    hn::StoreU(hn::BitCast(d, result), d, pixels + i);
+  for (; i + 4 * lanes <= count; i += 4 * lanes) {
+    hn::Vec<D8> words[4];
+    HWY_UNROLL(4)
+    for (std::size_t k = 0; k < 4; ++k) words[k] = hn::BitCast(d8, hn::LoadU(d, pixels + i + k * lanes));
+    Packed values = Pack(words);
+    Packed found = {{hn::Zero(d8), hn::Zero(d8), hn::Zero(d8)}};
+    AddHalf(values, steps, found);
+    HWY_UNROLL(3)
+    for (std::size_t k = 0; k < 3; ++k) values.part[k] = hn::Xor(values.part[k], hn::Set(d8, 128));
+    AddHalf(values, steps + 8, found);
+    Unpack(found, words);
+    HWY_UNROLL(4)
+    for (std::size_t k = 0; k < 4; ++k) hn::StoreU(hn::BitCast(d, words[k]), d, pixels + i + k * lanes);
   }
   return i;
 #else

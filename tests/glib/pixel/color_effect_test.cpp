@@ -28,7 +28,7 @@ std::uint32_t Join(int blue, int green, int red, std::uint32_t alphaOf) {
 }
 
 // Lengths around those of vectors.
-const std::size_t kCounts[] = {0, 1, 2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 31, 33, 63, 65, 1000};
+const std::size_t kCounts[] = {0, 1, 2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 31, 33, 63, 65, 127, 128, 1000};
 
 TEST(ColorEffectTest, PointEffectsEqualTheirFormulas) {
   ChannelTable tables[3];
