@@ -9,6 +9,7 @@
 #include "modules/qimg/cut.h"
 #include "modules/qimg/gem.h"
 #include "modules/qimg/iff.h"
+#include "modules/qimg/sgi.h"
 #include "modules/qimg/sun.h"
 #include "modules/qimg/xbm.h"
 #include "modules/qimg/xpm.h"
@@ -28,7 +29,6 @@ enum Format : std::uint32_t {
 
 using Bytes = std::span<const std::uint8_t>;
 
-constexpr modules::MagickOptions kSgiCoder{.coder = "SGI"};
 constexpr modules::MagickOptions kXpmCoder{.coder = "XPM"};
 constexpr std::size_t kUtahStart = 14;
 
@@ -99,6 +99,13 @@ modules::Verdict TellSun(Bytes file, Told& told) {
   return verdict;
 }
 
+modules::Verdict TellSgi(Bytes file, Told& told) {
+  qimg::SgiHeader header;
+  const modules::Verdict verdict = qimg::ReadSgiHeader(file, header);
+  told = {.width = header.width, .height = header.height, .bits = header.PageBits()};
+  return verdict;
+}
+
 modules::Verdict TellXbm(Bytes file, Told& told) {
   qimg::XbmHeader header;
   const modules::Verdict verdict = qimg::ReadXbmHeader(file, header);
@@ -149,7 +156,7 @@ ZEFA_ENTRY LoadImageData(const char* source, glib::ImageDataExchange* exchange, 
     case kSun:
       return qimg::LoadSun(file.Bytes(), *exchange);
     case kSgi:
-      return modules::LoadWithMagick(file.Bytes(), kSgiCoder, *exchange);
+      return qimg::LoadSgi(file.Bytes(), *exchange);
     case kXbm:
       return qimg::LoadXbm(file.Bytes(), *exchange);
     case kXpm:
@@ -173,7 +180,7 @@ ZEFA_ENTRY GetFileInfo(const char* path, std::uint32_t id, glib::FileInfo** info
     case kSun:
       return Tell(path, id, TellSun, qimg::kSunHeader, info);
     case kSgi:
-      return modules::InfoWithMagick(path, id, kSgiCoder, info);
+      return Tell(path, id, TellSgi, qimg::kSgiHeader, info);
     case kXbm:
       return Tell(path, id, TellXbm, qimg::kXbmStart, info);
     case kXpm:

@@ -16,31 +16,13 @@ namespace {
 using namespace std::literals;
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::uint32_t kSgiId = 0x16, kXpmId = 0x18, kUtahId = 0x1C;
-
-// Samples are given plane by plane, the bottom row of each first.
-Bytes Sgi(std::uint32_t sampleBytes, std::uint32_t width, std::uint32_t height, std::uint32_t planes,
-          std::string_view samples) {
-  ByteWriter out;
-  out.BigWord(0x01DA).Byte(0).Byte(sampleBytes).BigWord(planes == 1 ? 2 : 3).BigWord(width).BigWord(height);
-  out.BigWord(planes).BigLong(0).BigLong(sampleBytes == 1 ? 255 : 65535).Zeros(492);
-  return out.Text(samples).bytes;
-}
+constexpr std::uint32_t kXpmId = 0x18, kUtahId = 0x1C;
 
 // Pictures of which every sample is given, the bottom row first.
 Bytes Utah(std::uint32_t width, std::uint32_t height, std::uint32_t planes, std::string_view codes) {
   ByteWriter out;
   out.Word(0xCC52).Word(0).Word(0).Word(width).Word(height).Byte(2).Byte(planes).Byte(8).Byte(0).Byte(0).Byte(0);
   return out.Text(codes).bytes;
-}
-
-std::vector<PictureCase> SgiPictures() {
-  return {
-      {"grey", Sgi(1, 2, 2, 1, "\x10\x20\x30\x40"sv), 8, 2, 2, {0xFF303030, 0xFF404040, 0xFF101010, 0xFF202020}},
-      {"colours", Sgi(1, 2, 1, 3, "\x01\x02\x11\x12\x21\x22"sv), 24, 2, 1, {0xFF011121, 0xFF021222}},
-      {"alpha", Sgi(1, 1, 1, 4, "\x01\x02\x03\x80"sv), 32, 1, 1, {0x80010203}},
-      {"16 bits", Sgi(2, 1, 1, 3, "\x10\x10\x20\x20\x30\x30"sv), 24, 1, 1, {0xFF102030}},
-  };
 }
 
 std::vector<PictureCase> XpmPictures() {
@@ -92,8 +74,7 @@ class QimgLibrary : public ::testing::Test {
   void SetUp() override { ASSERT_TRUE(host_.Ok()); }
 
   ModuleHost host_{"qimg"};
-  const std::vector<Row> rows_ = {
-      {"SGI", kSgiId, SgiPictures()}, {"XPM", kXpmId, XpmPictures()}, {"RLE", kUtahId, UtahPictures()}};
+  const std::vector<Row> rows_ = {{"XPM", kXpmId, XpmPictures()}, {"RLE", kUtahId, UtahPictures()}};
 };
 
 TEST_F(QimgLibrary, RegistersItsRowsAndOnlyReads) {
@@ -146,8 +127,6 @@ TEST_F(QimgLibrary, Refuses) {
     std::uint32_t id;
     RefusedCase refused;
   } kCases[] = {
-      {kSgiId, {"nothing", {}, glib::IERR}},
-      {kSgiId, {"far too large", Sgi(1, 65535, 65535, 3, "abc"), glib::IERR}},
       {kXpmId, {"no text", BytesOf("/* XPM */"), glib::IERR}},
       {kXpmId, {"too wide", BytesOf("/* XPM */ \"99999999999 1 2 1\""), glib::NSUP}},
       {kXpmId, {"far too large", BytesOf("/* XPM */ \"60000 4000 2 1\""), glib::IERR}},

@@ -16,7 +16,7 @@ namespace {
 using namespace std::literals;
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::uint32_t kGemId = 0x13, kIffId = 0x14, kSunId = 0x15, kXbmId = 0x17, kCutId = 0x20;
+constexpr std::uint32_t kGemId = 0x13, kIffId = 0x14, kSunId = 0x15, kSgiId = 0x16, kXbmId = 0x17, kCutId = 0x20;
 constexpr std::uint32_t kInk = 0xFF000000;
 constexpr std::uint32_t kPaper = 0xFFFFFFFF;
 
@@ -35,6 +35,35 @@ Bytes Sun(std::uint32_t bits, std::uint32_t kind, std::string_view map, std::uin
   out.BigLong(0x59A66A95).BigLong(width).BigLong(height).BigLong(bits).BigLong(0).BigLong(kind);
   out.BigLong(map.empty() ? 0 : 1).BigLong(static_cast<std::uint32_t>(map.size()));
   return out.Text(map).Text(rows).bytes;
+}
+
+// Samples are given plane by plane, the bottom row of each first.
+Bytes Sgi(std::uint32_t sampleBytes, std::uint32_t width, std::uint32_t height, std::uint32_t planes,
+          std::string_view samples, bool packed = false) {
+  ByteWriter out;
+  out.BigWord(0x01DA).Byte(packed ? 1 : 0).Byte(sampleBytes).BigWord(planes == 1 ? 2 : 3);
+  out.BigWord(width).BigWord(height).BigWord(planes).BigLong(0).BigLong(sampleBytes == 1 ? 255 : 65535).Zeros(492);
+  return out.Text(samples).bytes;
+}
+
+// The rows of all planes in runs, the bottom row of each plane first; they lie in the file from the last to the first.
+Bytes PackedSgi(std::uint32_t sampleBytes, std::uint32_t width, std::uint32_t height, std::uint32_t planes,
+                const std::vector<std::string>& rows) {
+  ByteWriter places, lengths, data;
+  const auto tables = static_cast<std::uint32_t>(512 + 8 * rows.size());
+  std::vector<std::uint32_t> place(rows.size());
+  for (std::size_t i = rows.size(); i-- != 0;) {
+    place[i] = tables + static_cast<std::uint32_t>(data.bytes.size());
+    data.Text(rows[i]);
+  }
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    places.BigLong(place[i]);
+    lengths.BigLong(static_cast<std::uint32_t>(rows[i].size()));
+  }
+  ByteWriter all;
+  all.Bytes(places.bytes).Bytes(lengths.bytes).Bytes(data.bytes);
+  return Sgi(sampleBytes, width, height, planes, {reinterpret_cast<const char*>(all.bytes.data()), all.bytes.size()},
+             true);
 }
 
 struct Ilbm {
@@ -118,6 +147,42 @@ std::vector<PictureCase> GemPictures() {
       {"four colours", Gem(2, 4, 1, "\x80\x01\x50\x80\x01\x30"sv), 4, 4, 1, {kPaper, 0xFFFF0000, 0xFF00FF00, kInk}},
       {"colours of its own", Gem(1, 2, 1, "\x80\x01\x40"sv, kTwo), 1, 2, 1, {0xFFFF0080, 0xFF00FFFF}},
       {"cut", Gem(1, 1, 2, "\x81"sv), 1, 1, 2, {kInk, kPaper}},
+  };
+}
+
+std::vector<PictureCase> SgiPictures() {
+  return {
+      {"grey", Sgi(1, 2, 2, 1, "\x10\x20\x30\x40"sv), 8, 2, 2, {0xFF303030, 0xFF404040, 0xFF101010, 0xFF202020}},
+      {"grey and alpha", Sgi(1, 2, 1, 2, "\x10\x20\x80\xFF"sv), 32, 2, 1, {0x80101010, 0xFF202020}},
+      {"colours", Sgi(1, 2, 1, 3, "\x01\x02\x11\x12\x21\x22"sv), 24, 2, 1, {0xFF011121, 0xFF021222}},
+      {"alpha", Sgi(1, 1, 1, 4, "\x01\x02\x03\x80"sv), 32, 1, 1, {0x80010203}},
+      {"a fifth plane", Sgi(1, 1, 1, 5, "\x01\x02\x03\x80\x99"sv), 32, 1, 1, {0x80010203}},
+      {"16 bits", Sgi(2, 1, 1, 3, "\x10\x10\x20\x20\x30\xB1"sv), 24, 1, 1, {0xFF102031}},
+      {"runs",
+       PackedSgi(1, 4, 2, 1, {"\x84\x01\x02\x03\x04\0"s, "\x03\x10\x81\x20\0"s}),
+       8,
+       4,
+       2,
+       {0xFF101010, 0xFF101010, 0xFF101010, 0xFF202020, 0xFF010101, 0xFF020202, 0xFF030303, 0xFF040404}},
+      {"runs of colours",
+       PackedSgi(1, 2, 1, 3, {"\x02\x01\0"s, "\x82\x11\x12\0"s, "\x02\x21\0"s}),
+       24,
+       2,
+       1,
+       {0xFF011121, 0xFF011221}},
+      {"runs of 16 bits",
+       PackedSgi(2, 3, 1, 1, {"\0\x02\x10\x10\0\x81\x20\x20\0\0"s}),
+       8,
+       3,
+       1,
+       {0xFF101010, 0xFF101010, 0xFF202020}},
+      {"runs that end early and pass the end",
+       PackedSgi(1, 2, 2, 1, {"\x01\x10\0"s, "\x7F\x20\x85\x01"s}),
+       8,
+       2,
+       2,
+       {0xFF202020, 0xFF202020, 0xFF101010, kInk}},
+      {"cut", Sgi(1, 2, 2, 1, "\x10\x20\x30"sv), 8, 2, 2, {0xFF303030, kInk, 0xFF101010, 0xFF202020}},
   };
 }
 
@@ -304,11 +369,9 @@ class QimgOwn : public ::testing::Test {
   void SetUp() override { ASSERT_TRUE(host_.Ok()); }
 
   ModuleHost host_{"qimg"};
-  const std::vector<Row> rows_ = {{"GEM", kGemId, GemPictures()},
-                                  {"IFF", kIffId, IffPictures()},
-                                  {"SUN", kSunId, SunPictures()},
-                                  {"XBM", kXbmId, XbmPictures()},
-                                  {"CUT", kCutId, CutPictures()}};
+  const std::vector<Row> rows_ = {{"GEM", kGemId, GemPictures()}, {"IFF", kIffId, IffPictures()},
+                                  {"SUN", kSunId, SunPictures()}, {"SGI", kSgiId, SgiPictures()},
+                                  {"XBM", kXbmId, XbmPictures()}, {"CUT", kCutId, CutPictures()}};
 };
 
 TEST_F(QimgOwn, ReadsEveryKind) {
@@ -411,6 +474,13 @@ TEST_F(QimgOwn, Refuses) {
       {kIffId, {"no width", Iff({.width = 0, .body = "abcd"sv}), glib::NSUP}},
       {kIffId, {"far too large", Iff({.width = 60000, .height = 4000, .packed = true, .body = "\x81"sv}), glib::IERR}},
       {kIffId, {"no row", Iff({.body = "ab"sv}), glib::IERR}},
+      {kSgiId, {"nothing", {}, glib::IERR}},
+      {kSgiId, {"three bytes a sample", Sgi(3, 1, 1, 1, "abc"sv), glib::NSUP}},
+      {kSgiId, {"no width", Sgi(1, 0, 1, 1, "abc"sv), glib::NSUP}},
+      {kSgiId, {"no planes", Sgi(1, 1, 1, 0, "abc"sv), glib::NSUP}},
+      {kSgiId, {"too many pixels", Sgi(1, 65535, 65535, 3, "abc"), glib::NSUP}},
+      {kSgiId, {"far too large", Sgi(1, 60000, 4000, 3, "abc"), glib::IERR}},
+      {kSgiId, {"runs that are nowhere", PackedSgi(1, 2, 1, 1, {""s}), glib::IERR}},
       {kSunId, {"another magic", BytesOf(std::string(40, 'a')), glib::IERR}},
       {kSunId, {"four bits", Sun(4, 1, ""sv, 1, 1, "ab"sv), glib::NSUP}},
       {kSunId, {"another kind", Sun(8, 5, ""sv, 1, 1, "ab"sv), glib::NSUP}},

@@ -78,10 +78,18 @@ TEST_F(Qwbm, RefusesOtb) {
 }
 
 TEST_F(Qwbm, RefusesWbmp) {
-  for (const std::string_view file : {""sv, "\x00\x00\x08\x08"sv, "\x00\x00\xFF\xFF\x7F\xFF\xFF\x7F\x01"sv,
-                                      "\x00\x00\x00\x01\x00"sv, "\x01\x00\x08\x01\xFF"sv}) {
-    CheckRefused({"wbmp", {}, glib::IERR}, host_.Load(BytesOf(file), kWbmpId));
-  }
+  const RefusedCase kCases[] = {
+      {"nothing", {}, glib::IERR},
+      {"no rows", BytesOf("\x00\x00\x08\x08"sv), glib::IERR},
+      {"a number without end", BytesOf("\x00\x00\xFF\xFF\xFF\xFF"sv), glib::IERR},
+      {"too large", BytesOf("\x00\x00\xFF\xFF\x7F\xFF\xFF\x7F\x01"sv), glib::NSUP},
+      {"a number of more than 32 bits", BytesOf("\x00\x00\x90\x80\x80\x80\x80\x80\x08\x08\x01"sv), glib::NSUP},
+      {"far too large", BytesOf("\x00\x00\x83\xFF\x7F\x83\xFF\x7F\x01"sv), glib::NSUP},
+      {"larger than its data", BytesOf("\x00\x00\x80\xC0\x00\x80\xC0\x00\x01"sv), glib::IERR},
+      {"no width", BytesOf("\x00\x00\x00\x01\x00"sv), glib::NSUP},
+      {"another type", BytesOf("\x01\x00\x08\x01\xFF"sv), glib::NSUP},
+  };
+  for (const RefusedCase& c : kCases) CheckRefused(c, host_.Load(c.file, kWbmpId));
 }
 
 TEST_F(Qwbm, TellsWhatItLoads) {
