@@ -40,6 +40,12 @@ std::vector<std::uint8_t> DibOfBitmap16(modules::ByteReader& in, Bitmap16Kind ki
   return dib;
 }
 
+std::uint32_t DibBits(std::span<const std::uint8_t> dib) {
+  modules::ByteReader in(dib);
+  const std::size_t at = in.Long() < 40 ? 10 : 14;
+  return in.Seek(at) ? in.Word() : 0U;
+}
+
 std::int64_t DibHeight(std::span<const std::uint8_t> dib) {
   modules::ByteReader in(dib);
   const bool core = in.Long() < 40;

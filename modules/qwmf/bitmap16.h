@@ -18,6 +18,9 @@ std::vector<std::uint8_t> DibOfBitmap16(modules::ByteReader& in, Bitmap16Kind ki
 // Of a device-independent bitmap, as its header says; negative where the top row comes first.
 std::int64_t DibHeight(std::span<const std::uint8_t> dib);
 
+// Bits of a pixel; 0 if the header doesn't say.
+std::uint32_t DibBits(std::span<const std::uint8_t> dib);
+
 }  // namespace qwmf
 
 #endif  // MODULES_QWMF_BITMAP16_H_

@@ -1,6 +1,7 @@
 #include "modules/qwmf/wmf_translator.h"
 
 #include <algorithm>
+#include <set>
 #include <variant>
 #include <vector>
 
@@ -26,8 +27,11 @@ struct Drawable {  // pen, brush or font
   std::uint8_t charset;
 };
 using Region = std::vector<Box>;
-struct Unused {};  // palettes, and what can't be read, take a slot all the same
-using Slot = std::variant<std::monostate, Drawable, Region, Unused>;
+struct Palette {
+  std::uint32_t handle;
+};
+struct Unused {};  // what can't be read takes a slot all the same
+using Slot = std::variant<std::monostate, Drawable, Region, Palette, Unused>;
 
 Point YThenX(ByteReader& in) {
   Point point;
@@ -50,6 +54,17 @@ std::vector<Point> Points(ByteReader& in, std::size_t count) {
     point.y = in.SignedWord();
   }
   return points;
+}
+
+platform::ColorUse ColorUseOf(std::uint32_t word) {
+  return word == platform::kPaletteColors ? platform::kPaletteColors : platform::kRgbColors;
+}
+
+// Red, green, blue and a byte of flags each.
+std::vector<std::uint32_t> PaletteColors(ByteReader& in, std::size_t count) {
+  std::vector<std::uint32_t> colors(std::min(count, in.Left() / 4));
+  for (std::uint32_t& color : colors) color = in.Long() & 0x00FFFFFF;
+  return colors;
 }
 
 class Translator {
@@ -75,7 +90,9 @@ class Translator {
   void PolyPolygon(ByteReader& in);
   void Text(ByteReader& in);
   void ExtText(ByteReader& in);
-  void DrawDib(const Box& target, ByteReader& in, Box source, std::uint32_t rop, bool fromBottom);
+  // Rows of `source` are counted from the bottom of the picture if `fromBottom`.
+  void DrawDib(const Box& target, ByteReader& in, Box source, std::uint32_t rop, platform::ColorUse use,
+               bool fromBottom);
   void FillRegion(ByteReader& in, bool inverted);
   Region ReadRegion(ByteReader& in);
   void Store(Slot slot);
@@ -86,8 +103,10 @@ class Translator {
 
   platform::MetafileRecorder& out_;
   std::vector<Slot> slots_;
+  std::set<std::size_t> freeSlots_;
   Point windowOrg_;
-  std::uint8_t charset_ = 0;  // of the selected font
+  std::uint8_t charset_ = 0;   // of the selected font
+  std::uint32_t palette_ = 0;  // the selected one; 0: none
 };
 
 bool Translator::State(std::uint16_t function, ByteReader& in) {
@@ -125,6 +144,11 @@ bool Translator::State(std::uint16_t function, ByteReader& in) {
     case kSetTextColor:
       out_.SetTextColor(in.Long());
       return true;
+    case kSetTextJustification: {
+      const std::int32_t count = in.SignedWord();
+      out_.SetTextJustification(in.SignedWord(), count);
+      return true;
+    }
     case kSetWindowOrg:
       windowOrg_ = YThenX(in);
       out_.SetWindowOrg(windowOrg_.x, windowOrg_.y);
@@ -154,10 +178,8 @@ bool Translator::State(std::uint16_t function, ByteReader& in) {
 }
 
 void Translator::Store(Slot slot) {
-  const auto free = std::find_if(slots_.begin(), slots_.end(),
-                                 [](const Slot& one) { return std::holds_alternative<std::monostate>(one); });
-  if (free != slots_.end()) {
-    *free = std::move(slot);
+  if (!freeSlots_.empty()) {
+    slots_[freeSlots_.extract(freeSlots_.begin()).value()] = std::move(slot);
   } else if (slots_.size() < kMaxSlots) {
     slots_.push_back(std::move(slot));
   }
@@ -174,7 +196,11 @@ bool Translator::Object(std::uint16_t function, ByteReader& in) {
     case kDeleteObject: {
       const std::uint16_t index = in.Word();
       if (const auto* drawable = std::get_if<Drawable>(&SlotAt(index))) out_.DeleteObject(drawable->handle);
-      if (index < slots_.size()) slots_[index] = {};
+      if (const auto* palette = std::get_if<Palette>(&SlotAt(index))) out_.DeleteObject(palette->handle);
+      if (index < slots_.size()) {
+        slots_[index] = {};
+        freeSlots_.insert(index);
+      }
       return true;
     }
     case kCreatePen: {
@@ -210,21 +236,46 @@ bool Translator::Object(std::uint16_t function, ByteReader& in) {
       return true;
     }
     case kDibCreatePatternBrush: {
-      in.Long();  // style and use of colours
+      const std::uint16_t style = in.Word();
+      const platform::ColorUse use = ColorUseOf(in.Word());
       const auto dib = in.Take(in.Left());
-      Store(dib.empty() ? Slot(Unused{}) : Slot(Drawable{out_.CreatePatternBrush(dib), 0xFF}));
+      if (dib.empty()) {
+        Store(Unused{});
+      } else {
+        // What was a bitmap of the device has no colours of its own if it is of one bit.
+        const bool mono = style == platform::kBrushPattern && DibBits(dib) == 1;
+        Store(Drawable{mono ? out_.CreateMonoBrush(dib) : out_.CreatePatternBrush(dib, use), 0xFF});
+      }
       return true;
     }
     case kCreatePatternBrush: {
       const auto dib = DibOfBitmap16(in, Bitmap16Kind::kPattern);
-      Store(dib.empty() ? Slot(Unused{}) : Slot(Drawable{out_.CreatePatternBrush(dib), 0xFF}));
+      Store(dib.empty() ? Slot(Unused{}) : Slot(Drawable{out_.CreateMonoBrush(dib), 0xFF}));
       return true;
     }
     case kCreateRegion:
       Store(ReadRegion(in));
       return true;
-    case kCreatePalette:
-      Store(Unused{});
+    case kCreatePalette: {
+      in.Word();  // version
+      const std::size_t count = in.Word();
+      Store(Palette{out_.CreatePalette(PaletteColors(in, count))});
+      return true;
+    }
+    case kSelectPalette:
+      if (const auto* palette = std::get_if<Palette>(&SlotAt(in.Word()))) {
+        out_.SelectPalette(palette->handle);
+        palette_ = palette->handle;
+      }
+      return true;
+    case kSetPaletteEntries: {
+      const std::uint16_t first = in.Word();
+      const std::size_t count = in.Word();
+      if (palette_ != 0) out_.SetPaletteEntries(palette_, first, PaletteColors(in, count));
+      return true;
+    }
+    case kResizePalette:
+      if (palette_ != 0) out_.ResizePalette(palette_, in.Word());
       return true;
     default:
       return false;
@@ -299,6 +350,13 @@ bool Translator::Shape(std::uint16_t function, ByteReader& in) {
     case kExtTextOut:
       ExtText(in);
       return true;
+    case kFrameRegion: {
+      const auto* region = std::get_if<Region>(&SlotAt(in.Word()));
+      const auto* brush = std::get_if<Drawable>(&SlotAt(in.Word()));
+      const Point size = YThenX(in);
+      if (region != nullptr && brush != nullptr) out_.FrameRegion(*region, brush->handle, size.x, size.y);
+      return true;
+    }
     case kFillRegion:
     case kPaintRegion:
       FillRegion(in, false);
@@ -391,10 +449,11 @@ bool Translator::Clip(std::uint16_t function, ByteReader& in) {
     case kSelectClipRegion: {
       const std::uint16_t index = in.Word();
       const auto* region = std::get_if<Region>(&SlotAt(index));
-      if (region == nullptr || region->empty()) {
-        if (region == nullptr) out_.SelectClipRegion({}, platform::kRegionCopy);
+      if (region == nullptr) {
+        out_.SelectClipRegion({}, platform::kRegionCopy);
         return true;
       }
+      // The boxes are meant in logical units. Of none of them nothing is left to draw in.
       out_.BeginPath();
       for (const Box& box : *region) {
         const Point corners[] = {
@@ -410,7 +469,8 @@ bool Translator::Clip(std::uint16_t function, ByteReader& in) {
   }
 }
 
-void Translator::DrawDib(const Box& target, ByteReader& in, Box source, std::uint32_t rop, bool fromBottom) {
+void Translator::DrawDib(const Box& target, ByteReader& in, Box source, std::uint32_t rop, platform::ColorUse use,
+                         bool fromBottom) {
   const auto dib = in.Take(in.Left());
   if (dib.size() < 12) return;
   if (fromBottom) {
@@ -421,7 +481,7 @@ void Translator::DrawDib(const Box& target, ByteReader& in, Box source, std::uin
       source.top = static_cast<std::int32_t>(top);
     }
   }
-  out_.DrawDib(target, dib, source, rop);
+  out_.DrawDib(target, dib, source, rop, use);
 }
 
 void Translator::Bitmap(const WmfRecord& record, ByteReader& in) {
@@ -451,27 +511,28 @@ void Translator::Bitmap(const WmfRecord& record, ByteReader& in) {
       if (!stretched) sourceSize = size;
       if (alone) return out_.PatBlt(boxAt(at, size), rop);
       if (record.function == kDibBitBlt || record.function == kDibStretchBlt) {
-        return DrawDib(boxAt(at, size), in, boxAt(source, sourceSize), rop, false);
+        return DrawDib(boxAt(at, size), in, boxAt(source, sourceSize), rop, platform::kRgbColors, false);
       }
       const auto dib = DibOfBitmap16(in, Bitmap16Kind::kPicture);
-      if (!dib.empty()) out_.DrawDib(boxAt(at, size), dib, boxAt(source, sourceSize), rop);
+      if (!dib.empty()) out_.StretchBlt(boxAt(at, size), dib, boxAt(source, sourceSize), rop);
       return;
     }
     case kStretchDib: {
       const std::uint32_t rop = in.Long();
-      in.Word();
+      const platform::ColorUse use = ColorUseOf(in.Word());
       const Point sourceSize = YThenX(in);
       const Point source = YThenX(in);
       const Point size = YThenX(in);
       const Point at = YThenX(in);
-      return DrawDib(boxAt(at, size), in, boxAt(source, sourceSize), rop, true);
+      return DrawDib(boxAt(at, size), in, boxAt(source, sourceSize), rop, use, true);
     }
     case kSetDibToDevice: {
-      in.Skip(std::min<std::size_t>(6, in.Left()));  // use of colours, rows there, first of them
+      const platform::ColorUse use = ColorUseOf(in.Word());
+      in.Skip(std::min<std::size_t>(4, in.Left()));  // rows there, first of them
       const Point source = YThenX(in);
       const Point size = YThenX(in);
       const Point at = YThenX(in);
-      return DrawDib(boxAt(at, size), in, boxAt(source, size), platform::kSourceCopy, true);
+      return DrawDib(boxAt(at, size), in, boxAt(source, size), platform::kSourceCopy, use, true);
     }
     default:
       return;

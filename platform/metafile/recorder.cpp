@@ -30,7 +30,7 @@ std::int32_t Limited(double value) { return static_cast<std::int32_t>(std::clamp
 std::uint32_t Size32(std::size_t size) { return static_cast<std::uint32_t>(size); }
 
 // Bytes of a bitmap in front of its rows: header, masks and palette.
-std::size_t DibHeadBytes(std::span<const std::uint8_t> dib) {
+std::size_t DibHeadBytes(std::span<const std::uint8_t> dib, ColorUse use = kRgbColors) {
   const Record head(dib);  // any bytes that read as zeros past their end will do
   const std::size_t header = head.Long(0);
   if (header < 40) {
@@ -42,8 +42,11 @@ std::size_t DibHeadBytes(std::span<const std::uint8_t> dib) {
   const std::size_t masks = header == 40 && compression == 3 ? 12 : header == 40 && compression == 6 ? 16 : 0;
   std::size_t entries = head.Long(32);
   if (entries == 0 && bits <= 8) entries = std::size_t{1} << bits;
-  return std::min<std::size_t>(dib.size(), header + masks + 4 * std::min<std::size_t>(entries, 256));
+  const std::size_t entryBytes = use == kRgbColors ? 4 : use == kPaletteColors ? 2 : 0;
+  return std::min<std::size_t>(dib.size(), header + masks + entryBytes * std::min<std::size_t>(entries, 256));
 }
+
+constexpr std::uint32_t kRegionHeadBytes = 32;
 
 std::array<Point, 4> Corners(const Box& box) {
   return {Point{box.left, box.top}, {box.right, box.top}, {box.left, box.bottom}, {box.right, box.bottom}};
@@ -94,7 +97,7 @@ Metafile* MetafileRecorder::Close() {
   for (std::size_t i = 0; i < std::size(header); ++i) Patch(kBoundsAt + 4 * i, header[i]);
   Patch(kBytesAt, Size32(bytes_.size()));
   Patch(kRecordsAt, recordCount_);
-  Patch(kHandlesAt, Size32(std::min<std::size_t>(handles_.size(), 65535)));
+  Patch(kHandlesAt, std::min(handleCount_, 65535U));
   auto* metafile = new Metafile(std::move(bytes_));
   bytes_.clear();
   return metafile;
@@ -187,13 +190,13 @@ std::uint32_t MetafileRecorder::CreateBrush(std::uint32_t style, std::uint32_t c
   return handle;
 }
 
-std::uint32_t MetafileRecorder::CreatePatternBrush(std::span<const std::uint8_t> dib) {
+std::uint32_t MetafileRecorder::PatternBrush(std::uint32_t type, std::span<const std::uint8_t> dib, ColorUse use) {
   constexpr std::uint32_t kFixedBytes = 32;
   const std::uint32_t handle = TakeHandle();
-  const std::size_t head = DibHeadBytes(dib);
-  Begin(kEmrCreateDibPatternBrush);
+  const std::size_t head = DibHeadBytes(dib, use);
+  Begin(type);
   Put(handle);
-  Put(0U);  // the palette holds colours
+  Put(std::uint32_t{use});
   Put(kFixedBytes);
   Put(Size32(head));
   Put(kFixedBytes + Size32(head));
@@ -201,6 +204,35 @@ std::uint32_t MetafileRecorder::CreatePatternBrush(std::span<const std::uint8_t>
   PutBytes(dib);
   End();
   return handle;
+}
+
+std::uint32_t MetafileRecorder::CreatePatternBrush(std::span<const std::uint8_t> dib, ColorUse use) {
+  return PatternBrush(kEmrCreateDibPatternBrush, dib, use);
+}
+
+std::uint32_t MetafileRecorder::CreateMonoBrush(std::span<const std::uint8_t> dib) {
+  return PatternBrush(kEmrCreateMonoBrush, dib, kRgbColors);
+}
+
+std::uint32_t MetafileRecorder::CreatePalette(std::span<const std::uint32_t> colors) {
+  constexpr std::uint32_t kPaletteVersion = 0x300;
+  const std::uint32_t handle = TakeHandle();
+  Begin(kEmrCreatePalette);
+  Put(handle);
+  Put(kPaletteVersion | Size32(std::min<std::size_t>(colors.size(), 65535)) << 16);
+  for (const std::uint32_t color : colors) Put(color);
+  End();
+  return handle;
+}
+
+void MetafileRecorder::SetPaletteEntries(std::uint32_t handle, std::uint32_t first,
+                                         std::span<const std::uint32_t> colors) {
+  Begin(kEmrSetPaletteEntries);
+  Put(handle);
+  Put(first);
+  Put(Size32(colors.size()));
+  for (const std::uint32_t color : colors) Put(color);
+  End();
 }
 
 std::uint32_t MetafileRecorder::CreateFont(const FontSpec& font) {
@@ -228,8 +260,7 @@ std::uint32_t MetafileRecorder::CreateFont(const FontSpec& font) {
 void MetafileRecorder::SelectObject(std::uint32_t handle) { Number(kEmrSelectObject, handle); }
 
 void MetafileRecorder::DeleteObject(std::uint32_t handle) {
-  if (handle == 0 || handle >= handles_.size()) return;
-  handles_[handle] = false;
+  if (handle == 0 || handle >= handleCount_ || !freeHandles_.insert(handle).second) return;
   Number(kEmrDeleteObject, handle);
 }
 
@@ -257,12 +288,22 @@ void MetafileRecorder::SetPixel(std::int32_t x, std::int32_t y, std::uint32_t co
 
 void MetafileRecorder::FillRegion(std::span<const Box> boxes, std::uint32_t handle) {
   if (boxes.empty()) return;
-  std::vector<Point> corners;
-  for (const Box& box : boxes) corners.insert(corners.end(), {{box.left, box.top}, {box.right, box.bottom}});
   Begin(kEmrFillRgn);
-  Put(Touch(corners));
-  Put(Size32(32 + 16 * boxes.size()));
+  Put(TouchBoxes(boxes));
+  Put(RegionBytes(boxes));
   Put(handle);
+  PutRegion(boxes);
+  End();
+}
+
+void MetafileRecorder::FrameRegion(std::span<const Box> boxes, std::uint32_t handle, std::int32_t width,
+                                   std::int32_t height) {
+  if (boxes.empty()) return;
+  Begin(kEmrFrameRgn);
+  Put(TouchBoxes(boxes));
+  Put(RegionBytes(boxes));
+  Put(handle);
+  Put(Point{width, height});
   PutRegion(boxes);
   End();
 }
@@ -270,7 +311,7 @@ void MetafileRecorder::FillRegion(std::span<const Box> boxes, std::uint32_t hand
 void MetafileRecorder::SelectClipRegion(std::span<const Box> deviceBoxes, std::uint32_t mode) {
   Begin(kEmrExtSelectClipRgn);
   const bool none = deviceBoxes.empty() && mode == kRegionCopy;
-  Put(none ? 0U : Size32(32 + 16 * deviceBoxes.size()));
+  Put(none ? 0U : RegionBytes(deviceBoxes));
   Put(mode);
   if (!none) PutRegion(deviceBoxes);
   End();
@@ -310,8 +351,8 @@ void MetafileRecorder::TextOut(std::int32_t x, std::int32_t y, std::u16string_vi
 }
 
 void MetafileRecorder::DrawDib(const Box& target, std::span<const std::uint8_t> dib, const Box& source,
-                               std::uint32_t rop) {
-  const std::size_t head = DibHeadBytes(dib);
+                               std::uint32_t rop, ColorUse use) {
+  const std::size_t head = DibHeadBytes(dib, use);
   Begin(kEmrStretchDiBits);
   Put(Touch(Corners(target)));
   Put(Point{target.left, target.top});
@@ -325,7 +366,7 @@ void MetafileRecorder::DrawDib(const Box& target, std::span<const std::uint8_t> 
   Put(Size32(head));
   Put(kStretchDibBytes + Size32(head));
   Put(Size32(dib.size() - head));
-  Put(0U);
+  Put(std::uint32_t{use});
   Put(rop);
   Put(Point{target.right - target.left, target.bottom - target.top});
   PutBytes(dib);
@@ -454,14 +495,23 @@ void MetafileRecorder::PutBytes(std::span<const std::uint8_t> bytes) {
   bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
 }
 
+std::uint32_t MetafileRecorder::RegionBytes(std::span<const Box> boxes) {
+  return Size32(kRegionHeadBytes + 16 * boxes.size());
+}
+
+Box MetafileRecorder::TouchBoxes(std::span<const Box> boxes) {
+  std::vector<Point> corners;
+  for (const Box& box : boxes) corners.insert(corners.end(), {{box.left, box.top}, {box.right, box.bottom}});
+  return Touch(corners);
+}
+
 void MetafileRecorder::PutRegion(std::span<const Box> boxes) {
-  constexpr std::uint32_t kHeadBytes = 32;
   Box all = boxes.empty() ? Box{} : boxes[0];
   for (const Box& box : boxes) {
     all = {std::min(all.left, box.left), std::min(all.top, box.top), std::max(all.right, box.right),
            std::max(all.bottom, box.bottom)};
   }
-  Put(kHeadBytes);
+  Put(kRegionHeadBytes);
   Put(1U);  // rectangles
   Put(Size32(boxes.size()));
   Put(Size32(16 * boxes.size()));
@@ -479,14 +529,8 @@ void MetafileRecorder::Patch(std::size_t at, std::uint32_t value) {
 }
 
 std::uint32_t MetafileRecorder::TakeHandle() {
-  const auto free = std::find(handles_.begin(), handles_.end(), false);
-  const auto handle = static_cast<std::uint32_t>(free - handles_.begin());
-  if (free == handles_.end()) {
-    handles_.push_back(true);
-  } else {
-    *free = true;
-  }
-  return handle;
+  if (freeHandles_.empty()) return handleCount_++;
+  return freeHandles_.extract(freeHandles_.begin()).value();
 }
 
 Box MetafileRecorder::BoundsOf(std::span<const Point> points) const {

@@ -2,6 +2,7 @@
 #define PLATFORM_METAFILE_RECORDER_H_
 
 #include <cstdint>
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
@@ -66,10 +67,16 @@ class MetafileRecorder {
   std::uint32_t ExtCreatePen(std::uint32_t style, std::uint32_t width, std::uint32_t color,
                              std::span<const std::uint32_t> dashes = {});
   std::uint32_t CreateBrush(std::uint32_t style, std::uint32_t color, std::uint32_t hatch = 0);
-  // `dib` is a bitmap with its header, palette and rows, without a file header.
-  std::uint32_t CreatePatternBrush(std::span<const std::uint8_t> dib);
+  // `dib` is a bitmap with its header, palette and rows, without a file header; `use` says what its palette holds.
+  std::uint32_t CreatePatternBrush(std::span<const std::uint8_t> dib, ColorUse use = kRgbColors);
+  // Of one bit: 0 takes the text colour and 1 the background's.
+  std::uint32_t CreateMonoBrush(std::span<const std::uint8_t> dib);
+  std::uint32_t CreatePalette(std::span<const std::uint32_t> colors);
   std::uint32_t CreateFont(const FontSpec& font);
   void SelectObject(std::uint32_t handle);  // also the stock objects
+  void SelectPalette(std::uint32_t handle) { Number(kEmrSelectPalette, handle); }
+  void SetPaletteEntries(std::uint32_t handle, std::uint32_t first, std::span<const std::uint32_t> colors);
+  void ResizePalette(std::uint32_t handle, std::uint32_t count) { Numbers(kEmrResizePalette, {handle, count}); }
   void DeleteObject(std::uint32_t handle);
 
   // State of drawing.
@@ -77,6 +84,10 @@ class MetafileRecorder {
   void SetBkColor(std::uint32_t color) { Number(kEmrSetBkColor, color); }
   void SetTextColor(std::uint32_t color) { Number(kEmrSetTextColor, color); }
   void SetTextAlign(std::uint32_t align) { Number(kEmrSetTextAlign, align); }
+  // `extra` logical units go to each `count` blanks of the texts that follow.
+  void SetTextJustification(std::int32_t extra, std::int32_t count) {
+    Numbers(kEmrSetTextJustification, {Bits(extra), Bits(count)});
+  }
   void SetPolyFillMode(std::uint32_t mode) { Number(kEmrSetPolyFillMode, mode); }
   void SetRop2(std::uint32_t rop) { Number(kEmrSetRop2, rop); }
   void SetStretchBltMode(std::uint32_t mode) { Number(kEmrSetStretchBltMode, mode); }
@@ -112,6 +123,8 @@ class MetafileRecorder {
   void SetPixel(std::int32_t x, std::int32_t y, std::uint32_t color);
   // Logical boxes, filled with the brush `handle`.
   void FillRegion(std::span<const Box> boxes, std::uint32_t handle);
+  // Only what lies so near to the edge.
+  void FrameRegion(std::span<const Box> boxes, std::uint32_t handle, std::int32_t width, std::int32_t height);
 
   void BeginPath() { Numbers(kEmrBeginPath, {}); }
   void EndPath() { Numbers(kEmrEndPath, {}); }
@@ -134,8 +147,12 @@ class MetafileRecorder {
                std::uint32_t options = 0, const Box& box = {});
 
   // The part `source` of a bitmap (pixels, from its top left corner) into `target`. Either may be mirrored.
-  void DrawDib(const Box& target, std::span<const std::uint8_t> dib, const Box& source,
-               std::uint32_t rop = kSourceCopy);
+  void DrawDib(const Box& target, std::span<const std::uint8_t> dib, const Box& source, std::uint32_t rop = kSourceCopy,
+               ColorUse use = kRgbColors);
+  // The same of what was a bitmap of the device: black and white stand for the text and the background colour.
+  void StretchBlt(const Box& target, std::span<const std::uint8_t> dib, const Box& source, std::uint32_t rop) {
+    Blit(kEmrStretchBlt, target, dib, source, rop);
+  }
   // A 32-bit bitmap whose colours are multiplied by their alpha; `constantAlpha` 0 to 255 on top.
   void AlphaBlend(const Box& target, std::span<const std::uint8_t> dib, const Box& source,
                   std::uint8_t constantAlpha = 255);
@@ -151,6 +168,7 @@ class MetafileRecorder {
   void Numbers(std::uint32_t type, std::initializer_list<std::uint32_t> values);
   void Points(std::uint32_t type, std::span<const Point> points);
   void Figures(std::uint32_t type, std::span<const std::uint32_t> counts, std::span<const Point> points);
+  std::uint32_t PatternBrush(std::uint32_t type, std::span<const std::uint8_t> dib, ColorUse use);
   void Boxed(std::uint32_t type, const Box& box, std::initializer_list<std::uint32_t> more);
   void BoxedArc(std::uint32_t type, const Box& box, Point start, Point end) {
     Boxed(type, box, {Bits(start.x), Bits(start.y), Bits(end.x), Bits(end.y)});
@@ -168,6 +186,7 @@ class MetafileRecorder {
   void PutFloat(double value);
   void PutBytes(std::span<const std::uint8_t> bytes);
   void PutRegion(std::span<const Box> boxes);
+  static std::uint32_t RegionBytes(std::span<const Box> boxes);
   void End();
   void Patch(std::size_t at, std::uint32_t value);
 
@@ -176,12 +195,14 @@ class MetafileRecorder {
   Box BoundsOf(std::span<const Point> points) const;
   Box Touch(std::span<const Point> points) { return Touch(BoundsOf(points)); }
   Box Touch(const Box& device);
+  Box TouchBoxes(std::span<const Box> boxes);
 
   std::uint32_t unitsPerInch_;
   std::vector<std::uint8_t> bytes_;
   std::size_t recordStart_ = 0;
   std::uint32_t recordCount_ = 0;
-  std::vector<bool> handles_{true};  // in use; 0 is the metafile itself
+  std::uint32_t handleCount_ = 1;  // 0 is the metafile itself
+  std::set<std::uint32_t> freeHandles_;
   Mapping mapping_;
   std::vector<Mapping> saved_;
   Point position_;

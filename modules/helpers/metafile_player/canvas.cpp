@@ -48,6 +48,14 @@ Surface Canvas::NewSurface() const {
 }
 
 bool Canvas::Begin(std::int32_t width, std::int32_t height) {
+  SetClip({});
+  if (surface_ != nullptr && width_ == width * kSamples && height_ == height * kSamples) {
+    // What was drawn aside was taken up at once: the other surfaces are empty.
+    cairo_surface_flush(surface_.get());
+    std::fill_n(Row(surface_.get(), 0), static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_), 0U);
+    cairo_surface_mark_dirty(surface_.get());
+    return true;
+  }
   width_ = width * kSamples;
   height_ = height * kSamples;
   for (int i = 0; i < 2; ++i) {
@@ -57,9 +65,7 @@ bool Canvas::Begin(std::int32_t width, std::int32_t height) {
   cairo_.reset();
   surface_.reset();
   surface_ = NewSurface();
-  if (surface_ == nullptr) return false;
-  clip_.Clear();
-  return true;
+  return surface_ != nullptr;
 }
 
 bool Canvas::Exhausted() const {

@@ -64,6 +64,9 @@ class Canvas {
   // Of the tile, in samples.
   std::int32_t Width() const { return width_; }
   std::int32_t Height() const { return height_; }
+  bool Reaches(const Area& area) const {
+    return area.left < width_ && area.right > 0 && area.top < height_ && area.bottom > 0;
+  }
 
   // `rop2` is one of the sixteen operations of pens.
   void Fill(const Path& path, bool winding, const Paint& paint, std::uint32_t rop2);

@@ -13,8 +13,9 @@ std::string Utf8(std::u16string_view text);
 // The character at `at`, which moves behind it.
 char32_t NextCharacter(std::u16string_view text, std::size_t& at);
 
-// What a byte of the font "Symbol" stands for in Unicode.
+// What a byte of the font "Symbol", or of "Wingdings", stands for in Unicode.
 char32_t SymbolCharacter(std::uint8_t byte);
+char32_t DingbatCharacter(std::uint8_t byte);
 
 }  // namespace metafile_player
 

@@ -113,14 +113,16 @@ double FaceCache::AdvanceOf(cairo_font_face_t* face, unsigned long index) {
 GlyphOf FaceCache::Find(const Font& font, char32_t character) {
   cairo_font_face_t* face = FaceOf(font);
   if (face == nullptr) return {};
-  const auto [found, isNew] = glyphs_.try_emplace({face, character});
+  const bool dingbats = font.family.starts_with("Wingdings");
+  const auto [found, isNew] = glyphs_.try_emplace({face, character, dingbats});
   GlyphOf& glyph = found->second;
   if (!isNew) return glyph;
   glyph.face = face;
   glyph.index = IndexOf(UnitFont(face), character);
   if (glyph.index == 0 && (character & kPrivateMask) == kPrivateArea) {
     // A symbol font that isn't there: what its characters mean stands elsewhere.
-    character = SymbolCharacter(static_cast<std::uint8_t>(character));
+    const auto byte = static_cast<std::uint8_t>(character);
+    character = dingbats ? DingbatCharacter(byte) : SymbolCharacter(byte);
     glyph.index = IndexOf(UnitFont(face), character);
   }
   if (glyph.index == 0) {

@@ -54,7 +54,7 @@ class FaceCache {
   std::map<FaceKey, Face> faces_;
   std::map<cairo_font_face_t*, ScaledFont> unitFonts_;
   std::map<cairo_font_face_t*, FaceMeasures> measures_;
-  std::map<std::pair<cairo_font_face_t*, char32_t>, GlyphOf> glyphs_;
+  std::map<std::tuple<cairo_font_face_t*, char32_t, bool>, GlyphOf> glyphs_;  // also by whether it is one of dingbats
 };
 
 }  // namespace metafile_player

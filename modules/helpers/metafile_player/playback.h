@@ -186,7 +186,7 @@ class Playback {
   std::vector<DeviceContext> saved_;
   std::vector<Object> objects_;
   Path path_;
-  bool pathOpen_ = false;    // between its begin and its end
+  bool pathOpen_ = false;  // between its begin and its end
   bool pathWidened_ = false;
   bool figureOpen_ = false;  // the open path has a figure to go on with
 };

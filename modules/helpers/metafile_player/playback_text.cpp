@@ -215,6 +215,14 @@ void Playback::DrawText(const TextRun& run) {
     fill(PathOf({spot(0, top), spot(width, top), spot(0, bottom)}), color);
   };
 
+  // Letters may lean out of their cells, but hardly by more than an em.
+  const Path cells = PathOf({spot(0, -frame.ascent), spot(width, -frame.ascent), spot(0, frame.descent)});
+  Area around = cells.Extent();
+  const double margin = std::max(frame.em, frame.emWidth) *
+                        (std::hypot(frame.along.x, frame.along.y) + std::hypot(frame.across.x, frame.across.y));
+  around = {around.left - margin, around.top - margin, around.right + margin, around.bottom + margin};
+  if (!pathOpen_ && run.rises.empty() && !canvas_.Reaches(around)) return;
+
   const bool clipped = hasBox && (run.options & platform::kTextClipped) != 0;
   const Clip before = dc_.clip;
   if (clipped) Combine(TermOf(std::array{box}, toSamples_), platform::kRegionAnd);

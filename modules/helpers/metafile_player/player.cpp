@@ -13,9 +13,16 @@ namespace {
 
 using platform::Record;
 
-// Sides of a tile in pixels: what the library's surfaces can hold, and what stays within a few tens of megabytes.
+// Side of a tile in pixels, as the library's surfaces can hold it.
 constexpr std::int32_t kMaxTileSide = 8191;
-constexpr std::int64_t kMaxTilePixels = std::int64_t{1} << 20;
+
+// Small tiles save fresh memory, which costs more than most drawing; but each plays all records again. A record's byte
+// that is passed over takes about as long as a pixel's samples that were never touched.
+std::int64_t TilePixels(std::int64_t pixels, std::size_t recordBytes) {
+  constexpr double kLeast = 1 << 16, kMost = 1 << 20;
+  const double tiles = std::sqrt(static_cast<double>(pixels) / static_cast<double>(recordBytes));
+  return static_cast<std::int64_t>(std::clamp(static_cast<double>(pixels) / std::max(tiles, 1.0), kLeast, kMost));
+}
 
 constexpr double kScreenUnitsPerMm = 96 / 25.4;
 
@@ -69,8 +76,9 @@ bool DrawPicture(std::span<const std::uint8_t> stream, std::int32_t width, std::
   Shared shared;
   Canvas canvas(paper);
   const std::int32_t tileWidth = std::min(width, kMaxTileSide);
+  const std::int64_t tilePixels = TilePixels(std::int64_t{width} * height, stream.size());
   const auto tileHeight = static_cast<std::int32_t>(
-      std::min<std::int64_t>({height, kMaxTileSide, std::max<std::int64_t>(kMaxTilePixels / tileWidth, 1)}));
+      std::min<std::int64_t>({height, kMaxTileSide, std::max<std::int64_t>(tilePixels / tileWidth, 1)}));
   const auto pixelsPerRow = static_cast<std::size_t>(width);
   for (std::int32_t y = 0; y < height; y += tileHeight) {
     for (std::int32_t x = 0; x < width; x += tileWidth) {

@@ -197,6 +197,88 @@ TEST_F(Qwmf, PatternBlitsHaveNoBitmap) {
   EXPECT_EQ(PixelAt(page, 10, 60), 0U);
 }
 
+TEST_F(Qwmf, PalettesGiveColors) {
+  WmfWriter wmf;
+  wmf.Window(0, 0, 96, 96);
+  wmf.Record(0x02FA, {5, 0, 0, 0, 0}).Record(0x012D, {0});                   // no pen: object 0
+  wmf.Record(0x00F7, {0x300, 2, 0x00FF, 0, 0, 0x00FF}).Record(0x0234, {1});  // red and blue
+  wmf.Record(0x02FC, {0, 1, 0x0100, 0}).Record(0x012D, {2}).Box(0, 0, 48, 96);
+  wmf.Record(0x0037, {1, 1, 0x00FF, 0});  // the second one is red from now on
+  wmf.Record(0x02FC, {0, 1, 0x0100, 0}).Record(0x012D, {3}).Box(48, 0, 96, 96);
+  const auto& page = Draw(wmf.Plain(), kWmfId);
+  EXPECT_EQ(PixelAt(page, 10, 10), kBlue);
+  EXPECT_EQ(PixelAt(page, 60, 10), kRed);
+}
+
+TEST_F(Qwmf, BitmapsMayUseThePalette) {
+  // Two pixels of one byte: the first colour of the bitmap is the second one of the palette.
+  ByteWriter dib;
+  dib.Long(40).Long(2).Long(1).Word(1).Word(8);
+  for (int i = 0; i < 4; ++i) dib.Long(0);
+  dib.Long(2).Long(0).Word(1).Word(0).Long(0x0100);
+  WmfWriter wmf;
+  wmf.Window(0, 0, 96, 96);
+  wmf.Record(0x00F7, {0x300, 2, 0x00FF, 0, 0, 0x00FF}).Record(0x0234, {0});
+  wmf.Record(0x0F43, {0x0020, 0x00CC, 1, 1, 2, 0, 0, 96, 96, 0, 0}, dib.bytes);
+  const auto& page = Draw(wmf.Plain(), kWmfId);
+  EXPECT_EQ(PixelAt(page, 10, 10), kBlue);
+  EXPECT_EQ(PixelAt(page, 60, 10), kRed);
+}
+
+TEST_F(Qwmf, PatternsOfOneBitTakeTheColorsOfText) {
+  const auto dib =
+      tests::MakeDib({.width = 8,
+                      .height = 8,
+                      .bits = 1,
+                      .palette = {0, 0xFFFFFF},
+                      .data = tests::DibRows(8, 8, 1, [](std::uint32_t, std::uint32_t y) { return y < 4 ? 0U : 1U; })});
+  WmfWriter wmf;
+  wmf.Window(0, 0, 96, 96);
+  wmf.Record(0x02FA, {5, 0, 0, 0, 0}).Record(0x012D, {0});
+  wmf.Record(0x0209, {0x00FF, 0}).Record(0x0201, {0, 0x00FF});  // red on blue
+  wmf.Record(0x0142, {3, 0}, dib).Record(0x012D, {1}).Box(0, 0, 96, 96);
+  const auto& page = Draw(wmf.Plain(), kWmfId);
+  EXPECT_EQ(PixelAt(page, 10, 1), kRed);
+  EXPECT_EQ(PixelAt(page, 10, 6), kBlue);
+}
+
+TEST_F(Qwmf, RegionsAreFramed) {
+  WmfWriter wmf;
+  wmf.Window(0, 0, 96, 96).Brush(0, 255, 0, 0);
+  wmf.Record(0x06FF, {0, 6, 0, 0, 40, 1, 2, 0, 0, 96, 96, 2, 0, 96, 0, 96, 2});  // all of it
+  wmf.Record(0x0429, {2, 0, 8, 16});                                             // 16 wide, 8 high
+  const auto& page = Draw(wmf.Plain(), kWmfId);
+  EXPECT_EQ(PixelAt(page, 40, 5), kRed);
+  EXPECT_EQ(PixelAt(page, 40, 7), 0U);
+  EXPECT_EQ(PixelAt(page, 11, 40), kRed);
+  EXPECT_EQ(PixelAt(page, 13, 40), 0U);
+}
+
+TEST_F(Qwmf, JustifiedTextReachesFurther) {
+  std::uint32_t last[2] = {};
+  for (const std::int32_t extra : {0, 48}) {
+    WmfWriter wmf;
+    wmf.Window(0, 0, 192, 96).Record(0x0102, {1});
+    wmf.Record(0x020A, {1, extra});
+    wmf.Record(0x0521, {3}, {'I', ' ', 'I', 0, 10, 0, 10, 0});
+    const auto& page = Draw(wmf.Plain(), kWmfId);
+    for (std::uint32_t x = 0; x < 144; ++x) {
+      for (std::uint32_t y = 0; y < 72; ++y) {
+        if (PixelAt(page, x, y) != 0) last[extra / 48] = x;
+      }
+    }
+  }
+  EXPECT_EQ(last[0] + 36, last[1]);
+}
+
+TEST_F(Qwmf, ManyObjectsTakeNoTime) {
+  WmfWriter wmf;
+  wmf.Window(0, 0, 96, 96).Brush(0, 255, 0, 0);
+  for (int i = 0; i < 300000; ++i) wmf.Record(0x02FA, {0, 0, 0, 0, 0});
+  wmf.Box(0, 0, 96, 96);
+  EXPECT_EQ(PixelAt(Draw(wmf.Plain(), kWmfId), 10, 10), kRed);
+}
+
 TEST_F(Qwmf, TextIsDrawn) {
   WmfWriter wmf;
   wmf.Window(0, 0, 192, 96);

@@ -182,6 +182,30 @@ TEST(MetafileText, BytesAreReadInTheFontsSet) {
   EXPECT_EQ(drawn[0], drawn[1]);
 }
 
+TEST(MetafileText, DingbatsAreFoundInOtherFonts) {
+  struct Case {
+    const char16_t* face;
+    std::uint32_t byte, character;
+  };
+  for (const Case& one :
+       {Case{u"Wingdings", 'l', 0x25CF}, Case{u"Wingdings", 0xE4, 0x2197}, Case{u"Symbol", 'p', 0x03C0}}) {
+    std::vector<std::uint32_t> drawn[2];
+    for (const bool named : {false, true}) {
+      Drawing drawing(40, 40);
+      drawing.out.SetBkMode(platform::kTransparentMode);
+      platform::FontSpec font = Arial(-24);
+      font.face = one.face;
+      font.charset = named ? 1 : 2;
+      drawing.out.SelectObject(drawing.out.CreateFont(font));
+      drawing.PlayWith(
+          [&](Bytes& bytes) { PutText(bytes, platform::kEmrExtTextOutW, 1, 0, {named ? one.character : one.byte}); });
+      drawn[named] = drawing.pixels;
+      EXPECT_GT(drawing.PaintedCount(), 10U) << one.byte;
+    }
+    EXPECT_EQ(drawn[0], drawn[1]) << one.byte;
+  }
+}
+
 TEST(MetafileText, InAPathItIsItsOutlines) {
   struct Case {
     const char* name;
