@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
+#include <iterator>
 #include <string>
 
 namespace {
@@ -25,6 +27,16 @@ TEST(OptionReference, NamesEveryOption) {
     longest = std::max(longest, (end == std::string::npos ? reference.size() : end) - start);
   }
   EXPECT_LE(longest, 120U);
+}
+
+TEST(OptionReference, StandsInTheManualPage) {
+  std::ifstream file(ZEFA_SOURCE_FOLDER "/docs/zefa.1");
+  std::string page{std::istreambuf_iterator<char>(file), {}};
+  std::erase(page, '\\');  // before each hyphen
+  const std::string reference = app::kOptionReference;
+  const std::size_t firstParagraph = reference.find("\n\n") + 2;
+  EXPECT_NE(page.find(reference.substr(1, firstParagraph - 3)), std::string::npos);
+  EXPECT_NE(page.find(reference.substr(firstParagraph)), std::string::npos);
 }
 
 }  // namespace
