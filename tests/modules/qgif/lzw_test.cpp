@@ -85,7 +85,7 @@ TEST_P(LzwRoundTrip, AllFormsAgree) {
     MemorySink sink;
     qgif::BlockOutput output(sink);
     encoder.Encode({pixels.data(), count, static_cast<std::uint32_t>(count), 1, false}, codeSize,
-                   qgif::ClearTable::kWhenBehind, output);
+                   qgif::ClearTableFor(count), output);
     ASSERT_TRUE(output.Flush());
     ASSERT_EQ(sink.taken.front(), codeSize);
     ASSERT_EQ(sink.taken.back(), 0);
