@@ -20,8 +20,13 @@ enum class ClearTable { kAtOnce, kWhenBehind };
 class CodeStream {
  public:
   // `buffer` belongs to the caller only so that the next frame can use it again.
-  CodeStream(std::uint32_t codeSize, ClearTable clear, std::vector<std::uint8_t>& buffer, BlockOutput& output)
-      : buffer_(buffer), output_(output), codeSize_(codeSize), clearsWhenFull_(clear == ClearTable::kAtOnce) {
+  CodeStream(std::uint32_t codeSize, std::uint64_t pixels, ClearTable clear, std::vector<std::uint8_t>& buffer,
+             BlockOutput& output)
+      : buffer_(buffer),
+        output_(output),
+        codeSize_(codeSize),
+        left_(pixels),
+        clearsWhenFull_(clear == ClearTable::kAtOnce) {
     if (buffer_.size() < kPiece + kSlack) buffer_.resize(kPiece + kSlack);
     next_ = buffer_.data();
     output_.Byte(codeSize);
@@ -35,10 +40,11 @@ class CodeStream {
     Append(code);
     bits_ += width_;
     pixels_ += length;
+    left_ -= length;
     recent_ += ((std::int64_t{length} << kFraction) - recent_) >> kWindow;
     if (!Full()) return false;
     wasFull_ = true;
-    if (!clearsWhenFull_ && !FellBehind()) return false;
+    if (!clearsWhenFull_ && (left_ < pixels_ / kWorthATable || !FellBehind())) return false;
     Append(1U << codeSize_);
     StartTable();
     return true;
@@ -76,6 +82,8 @@ class CodeStream {
   static constexpr std::size_t kSlack = 16;
   // The mean length of recent strings, moving over some 128 of them, with 16 bits behind the point.
   static constexpr int kWindow = 7;
+  // A new table isn't filled for the sake of less than this part of what the one before took.
+  static constexpr std::uint64_t kWorthATable = 4;
   static constexpr int kFraction = 16;
   static constexpr std::uint64_t kMaxWidth = 12;
 
@@ -117,6 +125,7 @@ class CodeStream {
   std::uint64_t held_ = 0;
   std::uint32_t heldBits_ = 0;
   std::uint32_t codeSize_;
+  std::uint64_t left_;  // pixels to come
   std::uint32_t width_ = 0;
   std::uint32_t entries_ = 0;  // codes taken, pixels and the two control codes included
   bool clearsWhenFull_;

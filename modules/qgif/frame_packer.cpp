@@ -78,7 +78,7 @@ void FramePacker::PackChanges(const ChangedFrame& frame, std::uint32_t codeSize)
   if (frame.choices) {
     encode(frame.sparse);
     encodeChoices(frame.drawn);
-    for (const std::size_t longRun : {9, 20, 100}) {
+    for (const std::size_t longRun : {6, 16, 60}) {
       Mix(frame, longRun, mixed_);
       encode(mixed_);
       encodeChoices(mixed_);

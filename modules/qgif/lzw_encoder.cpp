@@ -12,7 +12,7 @@ std::uint32_t CodeSizeFor(std::uint32_t highest) {
 
 bool LzwEncoder::Encode(const IndexRows& rows, std::uint32_t codeSize, ClearTable clear, BlockOutput& output) {
   dictionary_.Reset();
-  CodeStream stream(codeSize, clear, codes_, output);
+  CodeStream stream(codeSize, std::uint64_t{rows.width} * rows.height, clear, codes_, output);
   std::uint32_t code = rows.first[0];
   std::uint64_t begin = 0;  // where the string that is being matched begins, counted in pixels of the frame
   for (std::uint32_t i = 0; i < rows.height; ++i) {
@@ -75,7 +75,7 @@ bool LzwEncoder::EncodeChoices(const std::uint8_t* indices, const std::uint8_t* 
                                std::uint32_t codeSize, ClearTable clear, BlockOutput& output) {
   const Pixels pixels{indices, alternatives, count};
   dictionary_.Reset();
-  CodeStream stream(codeSize, clear, codes_, output);
+  CodeStream stream(codeSize, pixels.count, clear, codes_, output);
   Match before;  // of length 0: there is none since the table was begun
   for (std::size_t place = 0; place < pixels.count;) {
     const bool entryDue = before.length != 0 && !stream.Full();

@@ -253,4 +253,85 @@ TEST(AnimationFrames, LossLeavesSmallChangesOut) {
   }
 }
 
+// Without dither or loss a page of a reduced animation is seen the same whether it is stored whole or by its changes.
+TEST(AnimationFrames, ChangesShowWhatWholePagesShow) {
+  for (std::uint32_t seed = 0; seed < 12; ++seed) {
+    std::mt19937 random(seed);
+    const bool holes = seed % 3 == 0;
+    Exchange exchange;
+    for (std::uint32_t i = 0; i < 5; ++i) {
+      modules::Page& page = AddPage(exchange, 60, 45, 32);
+      const std::uint32_t left = Below(random, 60);
+      for (std::uint32_t y = 0; y < 45; ++y) {
+        for (std::uint32_t x = 0; x < 60; ++x) {
+          const bool moves = x - left < 25 && y < 30;
+          const std::uint32_t word =
+              moves ? Rgb(255 - 3 * y, Below(random, 64), 9 * (x - left)) : Rgb(x * 4, y * 5, 80);
+          SetWord(page, x, y, holes && moves && (x + y) % 9 == 0 ? 0 : word);
+        }
+      }
+    }
+    glib::GIFSave settings;
+    settings.dither = 0;
+    settings.paletteItems = static_cast<std::int32_t>(2 + Below(random, 255));
+    settings.interlace = seed % 2;
+    Bytes bytes;
+    const support::GifFile whole = Reread(exchange, settings, bytes);
+    settings.nfi = 1;
+    const support::GifFile changes = Reread(exchange, settings, bytes);
+    for (std::size_t i = 0; i < 5; ++i) ASSERT_EQ(changes.pages[i].pixels, whole.pages[i].pixels) << seed << " " << i;
+  }
+}
+
+// The colours that small changes need have low indices, although the first page has them last and least.
+TEST(AnimationFrames, SmallChangesHaveShortCodes) {
+  for (const std::uint32_t colors : {250U, 20000U}) {
+    Exchange exchange;
+    for (std::uint32_t i = 0; i < 6; ++i) {
+      modules::Page& page = AddPage(exchange, 200, 100, 24);
+      for (std::uint32_t k = 0; k < 20000; ++k) {
+        const std::uint32_t number = k % colors % 20000;
+        SetWord(page, k % 200, k / 200, Rgb(number % 250, number / 250 * 3, 0));
+      }
+      for (std::uint32_t x = 0; i != 0 && x < 20; ++x)
+        SetWord(page, 10 * i + x, 50, x % 3 == 0 ? Rgb(9, 9, 255) : Rgb(255, 255, 250));
+    }
+    glib::GIFSave settings;
+    settings.nfi = 1;
+    settings.dither = 0;
+    Bytes bytes;
+    const support::GifFile file = Reread(exchange, settings, bytes);
+    EXPECT_GT(*std::max_element(file.frames[0].indices.begin(), file.frames[0].indices.end()), 200);
+    EXPECT_LT(*std::max_element(file.frames[1].indices.begin(), file.frames[1].indices.end()), 4);
+  }
+}
+
+// More pages than a source may have: many sources can be united.
+TEST(AnimationFrames, TenThousandPages) {
+  Exchange exchange;
+  for (std::uint32_t i = 0; i < 10000; ++i) {
+    auto* page = new modules::Page;
+    page->bits = 24;
+    page->width = 3;
+    page->height = 2;
+    page->pixels = glib::AllocateRaster(3, 2, 24);
+    page->delay = i;
+    SetWord(*page, i % 3, i / 3 % 2, Rgb(i % 251, i / 251, 7));
+    exchange.pages.Append(page);
+  }
+  for (const bool nfi : {false, true}) {
+    glib::GIFSave settings;
+    settings.nfi = nfi;
+    settings.dither = 0;
+    Bytes bytes;
+    const support::GifFile file = Reread(exchange, settings, bytes);
+    ASSERT_EQ(file.pages.size(), 10000U);
+    for (std::uint32_t i = 0; i < 10000; i += 123) ASSERT_EQ(file.pages[i].delay, i);
+    // A colour each page, of which the palette has one not far off.
+    const std::uint32_t last = file.pages[9999].At(9999 % 3, 9999 / 3 % 2);
+    EXPECT_NEAR(last >> 16 & 255U, 9999 % 251, 12);
+    EXPECT_NEAR(last >> 8 & 255U, 9999 / 251, 12);
+  }
+}
+
 }  // namespace

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "modules/qgif/block_output.h"
+#include "modules/qgif/frame_packer.h"
 #include "modules/qgif/gif_structure.h"
 #include "modules/qgif/lzw_decoder.h"
 #include "modules/qgif/lzw_encoder.h"
@@ -85,7 +86,7 @@ TEST_P(LzwRoundTrip, AllFormsAgree) {
     MemorySink sink;
     qgif::BlockOutput output(sink);
     encoder.Encode({pixels.data(), count, static_cast<std::uint32_t>(count), 1, false}, codeSize,
-                   qgif::ClearTable::kWhenBehind, output);
+                   qgif::ClearTableFor(count), output);
     ASSERT_TRUE(output.Flush());
     ASSERT_EQ(sink.taken.front(), codeSize);
     ASSERT_EQ(sink.taken.back(), 0);
@@ -181,6 +182,45 @@ TEST(LzwEncoder, ChoosesBetweenIndices) {
           EXPECT_LT(chosen.taken.size(), plain.taken.size());
         }
       }
+    }
+  }
+}
+
+// The shortest of all ways is no longer than the plain ones, and every pixel is one of the two that it may be.
+TEST(FramePacker, PacksChangesTheShortestWay) {
+  for (const Kind kind : {Kind::kNoise, Kind::kRuns, Kind::kGradient, Kind::kPeriods}) {
+    std::mt19937 random(8);
+    qgif::ChangedFrame frame;
+    frame.area = {0, 0, 300, 100};
+    frame.transparent = 31;
+    frame.choices = true;
+    frame.drawn = MakePixels(kind, 30000, 31, 4);
+    frame.sparse = frame.drawn;
+    for (std::size_t i = 0; i < frame.sparse.size();) {
+      const std::size_t end = std::min(frame.sparse.size(), i + random() % 90);
+      if (random() % 2 == 0)
+        std::fill(frame.sparse.begin() + static_cast<std::ptrdiff_t>(i),
+                  frame.sparse.begin() + static_cast<std::ptrdiff_t>(end), std::uint8_t{31});
+      i = end + 1;
+    }
+    MemorySink packed;
+    qgif::BlockOutput packedOutput(packed);
+    qgif::FramePacker(packedOutput).PackChanges(frame, 5);
+    packedOutput.Flush();
+    for (const Bytes& plane : {frame.drawn, frame.sparse}) {
+      for (const auto clear : {qgif::ClearTable::kAtOnce, qgif::ClearTable::kWhenBehind}) {
+        MemorySink plain;
+        qgif::BlockOutput output(plain);
+        qgif::LzwEncoder().Encode({plane.data(), 300, 300, 100, false}, 5, clear, output);
+        output.Flush();
+        EXPECT_LE(packed.taken.size(), plain.taken.size());
+        EXPECT_EQ(Decode(support::JoinBlocks(plain.taken, 1), 5, plane.size()), plane);
+      }
+    }
+    const Bytes decoded = Decode(support::JoinBlocks(packed.taken, 1), 5, frame.drawn.size());
+    ASSERT_EQ(decoded.size(), frame.drawn.size());
+    for (std::size_t i = 0; i < decoded.size(); ++i) {
+      ASSERT_TRUE(decoded[i] == frame.drawn[i] || decoded[i] == frame.sparse[i]) << i;
     }
   }
 }
