@@ -14,8 +14,8 @@ constexpr int kProfileMarker = JPEG_APP0 + 2;
 constexpr int kEndMarker = 0xD9;
 // Real progressive files have some ten scans. Thousands of empty ones over a large picture would run for hours.
 constexpr int kMaxScans = 500;
-// Coefficients of a progressive picture of 2^28 pixels; more is an attack.
-constexpr long kMaxDecoderBytes = 1L << 31;
+// Coefficients of a progressive picture, which are in memory together with its page: of some 150 million pixels.
+constexpr long kMaxDecoderBytes = 448L << 20;
 
 // Ink on white paper: what each ink lets through. `ink` counts 255 for no ink.
 void InkToColour(const std::uint8_t* ink, std::uint8_t* row, std::uint32_t width, bool inverted) {

@@ -22,6 +22,15 @@ std::uint64_t PixelsSoFar(const glib::ImageDataExchange& exchange) {
   return pixels;
 }
 
+std::uint64_t BytesSoFar(const glib::ImageDataExchange& exchange) {
+  std::uint64_t bytes = 0;
+  for (std::uint32_t i = 0; i < exchange.pages.count; ++i) {
+    const Page* page = exchange.pages.At(i);
+    if (page->bits > 0) bytes += page->Stride() * static_cast<std::uint64_t>(page->height);
+  }
+  return bytes;
+}
+
 // Without raster, appended to the exchange.
 Page* NewPage(glib::ImageDataExchange& exchange) {
   auto* page = new Page;
@@ -47,8 +56,13 @@ bool SizeBelievable(std::uint64_t width, std::uint64_t height, std::uint64_t byt
   return pixels <= kHarmlessPixels || pixels / kMaxRunPixelsPerByte <= bytes;
 }
 
+bool PagesBelievable(const glib::ImageDataExchange& exchange, std::uint64_t bytes) {
+  const std::uint64_t soFar = BytesSoFar(exchange);
+  return soFar <= kHarmlessSourceBytes || soFar / kMaxPageBytesPerByte <= bytes;
+}
+
 Page* AddPage(glib::ImageDataExchange& exchange, std::uint32_t width, std::uint32_t height, std::uint32_t bits) {
-  if (!SizeAllowed(width, height)) {
+  if (!SizeAllowed(width, height) || std::uint64_t{width} * height > kMaxPageBytes / PageBytesPerPixel(bits)) {
     Fail(exchange, glib::NSUP, "The picture has no pixels or too many");
     return nullptr;
   }

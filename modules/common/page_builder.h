@@ -33,6 +33,9 @@ bool SizeAllowed(std::uint64_t width, std::uint64_t height);
 // asked before the raster is allocated.
 bool SizeBelievable(std::uint64_t width, std::uint64_t height, std::uint64_t bytes);
 
+// Whether the pages so far may all come from so many bytes. To be asked before each page where pages can share data.
+bool PagesBelievable(const glib::ImageDataExchange& exchange, std::uint64_t bytes);
+
 // A page with a zeroed raster, appended to the exchange, which owns it. It is a slide of its own, visible, with the
 // film's background, 72 dots per inch and an opaque black palette. Null, with a message: the size is over the limits,
 // there are too many pages, or there is no memory.

@@ -63,10 +63,17 @@ bool FrameComposer::Add(const FrameHeader& frame) {
 
   const bool covers = area.width == width_ && area.height == height_;
   const bool alone = frame.transparent < 0 || below_.page == nullptr;
-  if (covers && alone && !frame.interlaced) return DecodeIntoPage(frame);
+  if (covers && alone && !frame.interlaced && CanFillPage(frame)) return DecodeIntoPage(frame);
   DecodeIntoScratch(frame);
   if (rows_ < frame.height) incomplete_ = true;
   return rows_ == 0 || Compose(frame, area);
+}
+
+// Whether the codes can be enough for the page: without any, thousands of frames would each cost a large one.
+bool FrameComposer::CanFillPage(const FrameHeader& frame) const {
+  constexpr std::uint64_t kMaxPixelsPerCode = 4096;
+  const std::uint64_t codes = (codes_.size() - kCodePadding) * 8 / (frame.codeSize + 1U);
+  return codes * kMaxPixelsPerCode >= std::uint64_t{width_} * height_;
 }
 
 // The frame is the whole page: no copy of its pixels is made.

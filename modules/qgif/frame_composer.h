@@ -43,6 +43,7 @@ class FrameComposer {
     FrameArea cleared;
   };
 
+  bool CanFillPage(const FrameHeader& frame) const;
   bool DecodeIntoPage(const FrameHeader& frame);
   void DecodeIntoScratch(const FrameHeader& frame);
   bool Compose(const FrameHeader& frame, const FrameArea& area);

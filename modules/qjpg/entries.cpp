@@ -39,7 +39,7 @@ void ReadRows(JpegReader& reader, modules::UprightRows& rows) {
 std::uint32_t ReadPage(JpegReader& reader, glib::ImageDataExchange& exchange) {
   const Upright sizes = UprightSizes(reader);
   modules::Page* page = modules::AddPage(exchange, sizes.width, sizes.height, reader.Bits());
-  if (page == nullptr) return glib::IERR;  // the size was checked before
+  if (page == nullptr) return glib::NSUP;
   page->dpiX = sizes.dpiX;
   page->dpiY = sizes.dpiY;
   if (reader.Bits() == 8) reader.FillGreys(*page);

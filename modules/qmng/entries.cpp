@@ -15,6 +15,8 @@ using qmng::Bytes;
 constexpr std::uint32_t kJngId = 0x3000001E;
 // Pictures that can't be read, until the rest isn't tried any more: a loop would bring them back for ages.
 constexpr std::uint32_t kMaxFailures = 64;
+// Of all frames, from which on none is repeated: their pixels have nothing to do with the file's length.
+constexpr std::uint64_t kMaxRepeatedPixels = std::uint64_t{1} << 25;
 
 std::uint32_t LoadPng(Bytes file, glib::ImageDataExchange& exchange) {
   modules::PngReader png(file);
@@ -25,12 +27,16 @@ std::uint32_t LoadPng(Bytes file, glib::ImageDataExchange& exchange) {
 std::uint32_t LoadAnimation(Bytes file, glib::ImageDataExchange& exchange) {
   std::uint32_t last = modules::Fail(exchange, glib::IERR, "The file has no pictures");
   std::uint32_t failures = 0;
+  std::uint64_t pixels = 0;
   qmng::ForEachFrame(file, [&](const qmng::Frame& frame) {
+    if (frame.repeated && pixels > kMaxRepeatedPixels) return true;
     const std::uint32_t before = exchange.pages.count;
     // One that can't be read is left out; why it can't stays in the message.
     const std::uint32_t result = frame.photograph ? qmng::LoadJng(frame.file, exchange) : LoadPng(frame.file, exchange);
     if (exchange.pages.count > before) {
-      exchange.pages.At(before)->delay = frame.delay;
+      modules::Page& page = *exchange.pages.At(before);
+      page.delay = frame.delay;
+      pixels += static_cast<std::uint64_t>(page.width) * static_cast<std::uint64_t>(page.height);
     } else {
       last = result;
       ++failures;

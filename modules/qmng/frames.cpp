@@ -15,6 +15,7 @@ constexpr std::uint64_t kMaxPlayed = std::uint64_t{1} << 18;
 struct Loop {
   std::size_t begin;  // its first chunk
   std::uint64_t rounds;
+  bool again = false;
 };
 
 std::uint32_t RoundsOf(const Chunk& loop) {
@@ -99,7 +100,7 @@ class Player {
           clock_.Change(chunk);
           break;
         case Name("LOOP"):
-          loops_.push_back({i, loopsEnd_ ? RoundsOf(chunk) : 1U});
+          loops_.push_back({.begin = i, .rounds = loopsEnd_ ? RoundsOf(chunk) : 1U});
           break;
         case Name("ENDL"):
           EndRound(i);
@@ -116,6 +117,7 @@ class Player {
     Loop& loop = loops_.back();
     if (loop.rounds > 1) {
       --loop.rounds;
+      loop.again = true;
       i = loop.begin;
     } else {
       loops_.pop_back();
@@ -127,6 +129,7 @@ class Player {
     Frame frame;
     frame.photograph = chunks_[i].name == Name("JHDR");
     frame.delay = clock_.Hundredths();
+    frame.repeated = std::any_of(loops_.begin(), loops_.end(), [](const Loop& loop) { return loop.again; });
     Append(frame.photograph ? kJngSignature : kPngSignature, frame.file);
     for (; i < chunks_.size(); ++i) {
       const Chunk& chunk = chunks_[i];

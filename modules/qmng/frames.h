@@ -12,6 +12,7 @@ namespace qmng {
 struct Frame {
   std::vector<std::uint8_t> file;  // PNG or JNG
   bool photograph = false;         // JNG
+  bool repeated = false;           // by a loop
   std::uint32_t delay = 10;        // hundredths of a second
 };
 

@@ -15,8 +15,8 @@ namespace {
 using modules::MagickOptions;
 using modules::MagickSummary;
 
-// The library keeps some 10 bytes a pixel.
-constexpr magick_int64_t kMaxMemory = magick_int64_t{2} << 30;
+// The library keeps some 10 bytes a pixel, while the page is made of them.
+constexpr magick_int64_t kMaxMemory = magick_int64_t{640} << 20;
 constexpr magick_int64_t kMaxRead = magick_int64_t{4} << 30;
 
 // What the library calls fatal (memory for a few bytes lacks) must not end the process. Its state is not to be trusted

@@ -37,6 +37,8 @@ class Outcome {
   explicit Outcome(glib::ImageDataExchange& exchange) : exchange_(exchange) {}
 
   void Add(TiffFile& file, const TiffLayout& layout, const char* cause) {
+    // Directories may share their data.
+    if (!modules::PagesBelievable(exchange_, file.Bytes().size())) cause = "The file has too many pages for its length";
     const std::uint32_t result =
         cause != nullptr ? Fail(exchange_, glib::NSUP, cause) : ReadTiffPage(file, layout, exchange_);
     if (result == glib::RCOK || failure_ != glib::RCOK) return;

@@ -56,12 +56,37 @@ TEST(PageBuilder, RefusesPagesAboveTheLimits) {
   EXPECT_NE(AddPage(*loaded.exchange, 1, 1, 1), nullptr);
 }
 
-TEST(PageBuilder, ASourceHasItsOwnLimitOfPixels) {
-  const Loaded loaded = EmptyExchange();
-  // Blocks that nobody touches, so that four pages of 2^28 pixels cost nothing.
+// Blocks that nobody touches, so that pages of 2^28 pixels cost nothing.
+Loaded ExchangeOfSmallBlocks() {
+  Loaded loaded = EmptyExchange();
   loaded.exchange->AllocateRaster = [](std::uint32_t, std::uint32_t, std::uint32_t) {
     return glib::AllocateRaster(1, 1, 8);
   };
+  return loaded;
+}
+
+TEST(PageBuilder, DeepPagesHaveFewerPixels) {
+  const Loaded loaded = ExchangeOfSmallBlocks();
+  const struct {
+    std::uint32_t bits, width, height;  // the largest of this width
+  } kCases[] = {{8, 16384, 16384}, {24, 16384, 15360}, {32, 10000, 11184}};
+  for (const auto& c : kCases) {
+    EXPECT_NE(AddPage(*loaded.exchange, c.width, c.height, c.bits), nullptr) << c.bits;
+    EXPECT_EQ(AddPage(*loaded.exchange, c.width, c.height + 1, c.bits), nullptr) << c.bits;
+  }
+}
+
+TEST(PageBuilder, ManyLargePagesAskForALongFile) {
+  const Loaded loaded = ExchangeOfSmallBlocks();
+  for (int i = 0; i < 2; ++i) ASSERT_NE(AddPage(*loaded.exchange, 16384, 16384, 8), nullptr);
+  EXPECT_TRUE(PagesBelievable(*loaded.exchange, 0));
+  ASSERT_NE(AddPage(*loaded.exchange, 16384, 16384, 8), nullptr);
+  EXPECT_FALSE(PagesBelievable(*loaded.exchange, 3 * 262144 - 1));
+  EXPECT_TRUE(PagesBelievable(*loaded.exchange, 3 * 262144));
+}
+
+TEST(PageBuilder, ASourceHasItsOwnLimitOfPixels) {
+  const Loaded loaded = ExchangeOfSmallBlocks();
   for (int i = 0; i < 4; ++i) ASSERT_NE(AddPage(*loaded.exchange, 16384, 16384, 1), nullptr);
   EXPECT_EQ(AddPage(*loaded.exchange, 1, 1, 1), nullptr);
 }

@@ -44,6 +44,24 @@ TEST(GifModule, SavesThroughItsEntries) {
   EXPECT_EQ(Module().Load(folder.Path("missing.gif")).result, glib::IERR);
 }
 
+int blocksAllocated = 0;
+
+// Each frame has the size of the screen and the codes of a single pixel.
+TEST(GifModule, FramesWithoutRowsCostNoPage) {
+  Bytes gif = BytesOf(std::string("GIF89a\xB8\x0B\xB8\x0B\x80\0\0\1\2\3\4\5\6", 19));
+  const Bytes frame = BytesOf(std::string(",\0\0\0\0\xB8\x0B\xB8\x0B\0\2\2\x4C\1\0", 15));
+  for (int i = 0; i < 100; ++i) gif.insert(gif.end(), frame.begin(), frame.end());
+  gif.push_back(';');
+  Exchange exchange;
+  blocksAllocated = 0;
+  exchange.AllocateRaster = [](std::uint32_t width, std::uint32_t height, std::uint32_t bits) {
+    ++blocksAllocated;
+    return glib::AllocateRaster(width, height, bits);
+  };
+  EXPECT_EQ(qgif::LoadGif(gif, exchange), glib::IERR);
+  EXPECT_EQ(blocksAllocated, 0);
+}
+
 // A still picture with a local table and an animation with all that frames can have.
 TEST(GifModule, DamagedFilesDoNoHarm) {
   const Words table = {Rgb(1, 2, 3), Rgb(250, 0, 0), Rgb(0, 250, 0), Rgb(0, 0, 250)};

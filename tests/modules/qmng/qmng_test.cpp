@@ -185,6 +185,17 @@ TEST_F(Qmng, LoopsPlayAsOftenAsTheyEnd) {
   }
 }
 
+TEST_F(Qmng, LoopsOfLargeFramesPlayOnce) {
+  constexpr std::uint32_t kSide = 6000;
+  ByteWriter header;
+  header.BigLong(kSide).BigLong(kSide).Byte(1).Byte(0).Zeros(3);
+  const std::string rows(kSide * (kSide / 8 + 1), '\0');
+  const std::string large = Chunk("IHDR", TextOf(header)) + Chunk("IDAT", Deflated(rows)) + Chunk("IEND", "");
+  const Loaded loaded = host_.Load(Mng(Loop(0, 50, large + Colours("abcdef"sv))), kMngId);
+  ASSERT_EQ(loaded.result, glib::RCOK) << loaded.message;
+  EXPECT_EQ(loaded.PageCount(), 2U);
+}
+
 TEST_F(Qmng, ReadsPhotographs) {
   const JSAMPLE kGrey[] = {0x40};
   const JSAMPLE kRed[] = {0xC0, 0x20, 0x30};
