@@ -53,11 +53,15 @@ bool ReadPlacement(const Record& header, std::int32_t width, std::int32_t height
   return true;
 }
 
+// Of a record that draws nothing, in samples.
+constexpr std::uint64_t kRecordWork = 64;
+
 void DrawTile(std::span<const std::uint8_t> stream, Canvas& canvas, Shared& shared, const Placement& placement) {
   Playback playback(canvas, shared, placement);
   platform::RecordReader reader(stream);
   Record record;
   for (std::uint32_t i = 0; i < kMaxRecords && !canvas.Exhausted() && reader.Next(record); ++i) {
+    canvas.Spend(kRecordWork);
     playback.Play(record);
   }
 }
