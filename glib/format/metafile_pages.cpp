@@ -15,8 +15,8 @@ namespace {
 constexpr double kFrameUnitsPerInch = 2540.0;
 constexpr std::uint32_t kUnitsPerInch = 72;  // a pixel of an unset resolution
 constexpr std::uint32_t kWhite = 0xFFFFFFFF;
-// A header can ask for any size; this is 512 MB of pixels.
-constexpr std::int64_t kMaxPixels = std::int64_t{1} << 27;
+// A header can ask for any size; this is 400 MB of pixels, which a run holds twice.
+constexpr std::int64_t kMaxPixels = 100'000'000;
 
 // Up to 2^32 units and any resolution; what no raster can have becomes 0.
 std::int32_t FramePixels(std::int32_t from, std::int32_t to, double dpi) {
