@@ -19,6 +19,8 @@ struct Bitmap {
   std::int32_t height = 0;
   bool bottomUp = true;    // as it stood in the file
   bool twoColors = false;  // one bit, 0 black and 1 white
+
+  std::uint64_t PixelCount() const { return static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height); }
 };
 
 enum class AlphaOf {

@@ -14,6 +14,8 @@ constexpr std::uint32_t kOpaque = 0xFF000000;
 constexpr std::uint64_t kPointWork = 200;
 constexpr std::uint64_t kDrawWork = 400;
 constexpr std::uint64_t kGlyphWork = 4000;
+constexpr std::uint64_t kRowWork = 20;
+constexpr std::uint64_t kDashWork = 4000;
 constexpr std::uint64_t kMixTimes = 4;
 
 std::uint32_t Combined(std::uint32_t table, std::uint32_t pen, std::uint32_t target) {
@@ -48,7 +50,7 @@ Surface Canvas::NewSurface() const {
 }
 
 bool Canvas::Begin(std::int32_t width, std::int32_t height) {
-  SetClip({});
+  SetClip(nullptr);
   if (surface_ != nullptr && width_ == width * kSamples && height_ == height * kSamples) {
     // What was drawn aside was taken up at once: the other surfaces are empty.
     cairo_surface_flush(surface_.get());
@@ -68,19 +70,20 @@ bool Canvas::Begin(std::int32_t width, std::int32_t height) {
   return surface_ != nullptr;
 }
 
-bool Canvas::Exhausted() const {
-  if (work_ <= kMuchWork) return false;
-  return work_ > kMaxWork || static_cast<double>(std::clock() - start_) / CLOCKS_PER_SEC > kMaxSeconds;
+bool Canvas::Exhausted() {
+  if (exhausted_ || work_ < nextLook_) return exhausted_;
+  nextLook_ = work_ + kWorkBetweenLooks;
+  exhausted_ = static_cast<double>(std::clock() - start_) / CLOCKS_PER_SEC > kMaxSeconds;
+  return exhausted_;
 }
 
-void Canvas::SetClip(Clip clip) {
+void Canvas::SetClip(Region clip) {
   clip_ = std::move(clip);
   clipPending_ = scratchClipPending_[0] = scratchClipPending_[1] = true;
-  for (const auto& term : clip_.Terms()) work_ += kPointWork * term->path.PointCount();
 }
 
 // The library draws nothing more with a context that has met an error.
-cairo_t* Canvas::Ready(Cairo& cairo, const Surface& surface, bool& clipPending) const {
+cairo_t* Canvas::Ready(Cairo& cairo, const Surface& surface, bool& clipPending) {
   if (cairo == nullptr || cairo_status(cairo.get()) != CAIRO_STATUS_SUCCESS) {
     cairo.reset(cairo_create(surface.get()));
     cairo_set_antialias(cairo.get(), CAIRO_ANTIALIAS_NONE);
@@ -88,7 +91,10 @@ cairo_t* Canvas::Ready(Cairo& cairo, const Surface& surface, bool& clipPending) 
   }
   if (clipPending) {
     cairo_reset_clip(cairo.get());
-    ApplyTerms(cairo.get(), clip_);
+    if (clip_ != nullptr) {
+      PathOf(clip_).Trace(cairo.get());
+      cairo_clip(cairo.get());
+    }
     clipPending = false;
   }
   return cairo.get();
@@ -161,9 +167,15 @@ void Canvas::DrawByRop2(const Area& area, std::uint32_t rop2, Draw draw) {
   });
 }
 
+bool Canvas::Affordable(const Path& path, double strokeWidth) {
+  if (path.Empty()) return false;
+  const double rows = path.CrossedRows(height_, strokeWidth);
+  work_ += kPointWork * path.PointCount() + kRowWork * static_cast<std::uint64_t>(std::min(rows, kMaxCrossedRows));
+  return rows <= kMaxCrossedRows;
+}
+
 void Canvas::Fill(const Path& path, bool winding, const Paint& paint, std::uint32_t rop2) {
-  if (path.Empty()) return;
-  work_ += kPointWork * path.PointCount();
+  if (!Affordable(path, 0)) return;
   DrawByRop2(path.Extent(), rop2, [&](cairo_t* cairo) {
     path.Trace(cairo);
     cairo_set_fill_rule(cairo, winding ? CAIRO_FILL_RULE_WINDING : CAIRO_FILL_RULE_EVEN_ODD);
@@ -173,8 +185,8 @@ void Canvas::Fill(const Path& path, bool winding, const Paint& paint, std::uint3
 }
 
 void Canvas::Line(const Path& path, const Stroke& stroke, const Paint& paint, std::uint32_t rop2) {
-  if (path.Empty()) return;
-  work_ += 4 * kPointWork * path.PointCount();
+  if (!Affordable(path, stroke.width)) return;
+  work_ += kDashWork * (stroke.dashes.empty() ? 0 : static_cast<std::uint64_t>(path.Length() / stroke.DashPeriod()));
   Area area = path.Extent();
   const cairo_matrix_t& shape = stroke.shape;
   const double longest = std::max(std::hypot(shape.xx, shape.yx), std::hypot(shape.xy, shape.yy));
@@ -251,7 +263,9 @@ void Canvas::Blend(const Path& path, cairo_pattern_t* source, double alpha) {
 
 void Canvas::TraceGlyphs(cairo_t* cairo, cairo_font_face_t* face, const cairo_matrix_t& size,
                          std::span<const cairo_glyph_t> glyphs) {
-  work_ += kGlyphWork * glyphs.size();
+  // Large letters cross many rows.
+  const double height = std::min(std::hypot(size.xy, size.yy), static_cast<double>(height_));
+  work_ += (kGlyphWork + kRowWork * static_cast<std::uint64_t>(height)) * glyphs.size();
   cairo_set_font_face(cairo, face);
   cairo_set_font_matrix(cairo, &size);
   cairo_new_path(cairo);

@@ -60,7 +60,7 @@ class Canvas {
   // An empty tile of so many pixels. False without memory.
   bool Begin(std::int32_t width, std::int32_t height);
 
-  void SetClip(Clip clip);
+  void SetClip(Region clip);
   // Of the tile, in samples.
   std::int32_t Width() const { return width_; }
   std::int32_t Height() const { return height_; }
@@ -85,8 +85,8 @@ class Canvas {
   // Averages the tile into pixel words: opaque where any of the samples was painted, else 0.
   void Finish(std::uint32_t* pixels, std::size_t pixelsPerRow) const;
 
-  // Whether the page has cost more than any honest one.
-  bool Exhausted() const;
+  // Whether the page has taken longer than any honest one.
+  bool Exhausted();
   void Spend(std::uint64_t samples) { work_ += samples; }
 
  private:
@@ -99,12 +99,14 @@ class Canvas {
   // With the clip set: the tile itself, and further surfaces of its size, which are empty. Null without memory.
   cairo_t* Target();
   cairo_t* Scratch(int which);
-  cairo_t* Ready(Cairo& cairo, const Surface& surface, bool& clipPending) const;
+  cairo_t* Ready(Cairo& cairo, const Surface& surface, bool& clipPending);
   Surface NewSurface() const;
   std::uint32_t* Row(cairo_surface_t* surface, std::int32_t y) const;
   // Calls mix(target sample, scratch sample) where the first scratch surface was drawn on, and empties it.
   template <typename Mix>
   void MixRows(const Rows& rows, Mix mix);
+  // Whether the edges of a shape are so few that it can be drawn; they are charged to the page's account.
+  bool Affordable(const Path& path, double strokeWidth);
   template <typename Draw>
   void DrawByRop2(const Area& area, std::uint32_t rop2, Draw draw);
   static void SetPaint(cairo_t* cairo, const Paint& paint);
@@ -113,13 +115,15 @@ class Canvas {
 
   std::uint32_t paper_;
   std::uint64_t work_ = 0;
+  std::uint64_t nextLook_ = 0;  // at the clock, in work
+  bool exhausted_ = false;
   std::clock_t start_ = std::clock();
   std::int32_t width_ = 0, height_ = 0;  // of the tile, in samples
   Surface surface_;
   Cairo cairo_;
   Surface scratchSurface_[2];
   Cairo scratch_[2];
-  Clip clip_;
+  Region clip_;
   // Many clips come and go without a thing drawn in them.
   bool clipPending_ = false;
   bool scratchClipPending_[2] = {};

@@ -69,6 +69,28 @@ Area Path::Extent() const {
   return area;
 }
 
+double Path::CrossedRows(double height, double strokeWidth) const {
+  const auto within = [&](double from, double to) {
+    const auto [least, most] = std::minmax(from, to);
+    return std::max(std::min(most + strokeWidth / 2, height) - std::max(least - strokeWidth / 2, 0.0), 0.0);
+  };
+  double rows = 0;
+  const Spot* at = spots_.data();
+  for (const Step step : steps_) {
+    if (step == Step::kClose) continue;
+    const int points = step == Step::kCurve ? 3 : 1;
+    // A curve is drawn as lines, each with joins of its own.
+    double joins = 1;
+    for (int i = 0; i < points; ++i, ++at) {
+      if (at == spots_.data() || step == Step::kMove) continue;
+      if (step == Step::kCurve) joins += std::sqrt(std::hypot(at->x - at[-1].x, at->y - at[-1].y));
+      rows += (strokeWidth > 0 ? 2 : 1) * within(at->y, at[-1].y);
+    }
+    if (strokeWidth > 0) rows += joins * 4 * std::min(within(at[-1].y, at[-1].y), strokeWidth);
+  }
+  return rows;
+}
+
 double Path::Length() const {
   double length = 0;
   for (std::size_t i = 1; i < spots_.size(); ++i) {

@@ -41,6 +41,9 @@ class Path {
   std::size_t PointCount() const { return spots_.size(); }
   // Around all points, also those that steer curves.
   Area Extent() const;
+  // Rows from 0 to `height` that its edges cross, each edge by itself; with a width above 0 those of its outline. A
+  // guess from above.
+  double CrossedRows(double height, double strokeWidth) const;
   double Length() const;  // with moves, and curves as their points lie
   void Move(double dx, double dy);
 

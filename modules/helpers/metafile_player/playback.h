@@ -52,8 +52,8 @@ struct DeviceContext {
   double miterLimit = 10;
   platform::Point brushOrg;
   Spot position;  // logical
-  Clip clip;
-  Clip metaClip;
+  Region clip;
+  Region metaClip;
 };
 
 // Plays records one after the other onto the tile that the canvas stands on. A record that makes no sense is passed
@@ -122,8 +122,11 @@ class Playback {
   Paint PaintOf(const Brush& brush, Pattern& owner) const;
 
   // Clips and regions.
-  void Combine(ClipTerm term, std::uint32_t mode);
-  static ClipTerm TermOf(std::span<const Area> boxes, const platform::Transform& toSamples);
+  void Combine(const Region& region, std::uint32_t mode);
+  Region RegionOfPath(const Path& path, bool winding);
+  // Of boxes as they lie on the picture, which may be askew.
+  Region RegionOfBoxes(std::span<const Area> boxes, const platform::Transform& toSamples);
+  static Path PathOfBoxes(std::span<const Area> boxes, const platform::Transform& toSamples);
   static std::optional<std::vector<Area>> ReadRegion(const Record& record, std::size_t at, std::size_t bytes);
 
   // Bitmaps.
@@ -147,7 +150,7 @@ class Playback {
   static constexpr BitmapPlace kBlitPlace{80, 84};  // in BITBLT and its kin
   static Part SourcePart(const Record& record, std::size_t at, std::size_t mapAt, double width, double height);
   std::shared_ptr<const Bitmap> SomeRows(const Record& record, const BitmapPlace& place, Part& part);
-  void SpendOn(const Bitmap* bitmap);
+  void SpendOn(const Bitmap* bitmap) const;
   void Blit(const Record& record, bool stretched);
   void MaskBlit(const Record& record);
   void PlaceDib(const Record& record, bool stretched);

@@ -44,6 +44,7 @@ bool CutAxis(double& from, double& length, double size, double& first, double& l
 // A copy in which samples are left out where `keep` says no.
 template <typename Keep>
 Surface CutOut(const Bitmap& bitmap, Keep keep) {
+  if (bitmap.PixelCount() > kMaxCopiedPixels) return nullptr;
   Surface copy(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, bitmap.width, bitmap.height));
   cairo_surface_flush(copy.get());
   std::uint8_t* to = cairo_image_surface_get_data(copy.get());
@@ -162,15 +163,18 @@ std::shared_ptr<const Bitmap> Playback::BitmapOf(const Record& record, const Bit
   return bitmap;
 }
 
-void Playback::SpendOn(const Bitmap* bitmap) {
+void Playback::SpendOn(const Bitmap* bitmap) const {
   if (bitmap == nullptr) return;
-  canvas_.Spend(static_cast<std::uint64_t>(bitmap->width) * static_cast<std::uint64_t>(bitmap->height));
+  constexpr std::uint64_t kPixelWork = 16;
+  canvas_.Spend(kPixelWork * bitmap->PixelCount());
 }
 
 std::shared_ptr<const Bitmap> Playback::InTargetColors(std::shared_ptr<const Bitmap> bitmap) const {
-  if (bitmap == nullptr || !bitmap->twoColors || (dc_.textColor == 0xFF000000 && dc_.bkColor == 0xFFFFFFFF)) {
+  if (bitmap == nullptr || !bitmap->twoColors || (dc_.textColor == 0xFF000000 && dc_.bkColor == 0xFFFFFFFF) ||
+      bitmap->PixelCount() > kMaxCopiedPixels) {
     return bitmap;
   }
+  SpendOn(bitmap.get());
   auto colored = std::make_shared<Bitmap>();
   colored->surface = TwoColored(bitmap->surface.get(), dc_.textColor, dc_.bkColor);
   colored->width = bitmap->width;

@@ -11,28 +11,43 @@ namespace metafile_player {
 
 using platform::Record;
 
+namespace {
+
+bool Upright(const platform::Transform& map) { return map.m12 == 0 && map.m21 == 0; }
+
+}  // namespace
+
 void Playback::ClipChanged() {
-  Clip all = dc_.metaClip;
-  all.Intersect(dc_.clip);
-  canvas_.SetClip(std::move(all));
+  canvas_.SetClip(dc_.metaClip == nullptr || dc_.clip == nullptr
+                      ? (dc_.clip == nullptr ? dc_.metaClip : dc_.clip)
+                      : Combined(dc_.metaClip, dc_.clip, platform::kRegionAnd));
 }
 
-void Playback::Combine(ClipTerm term, std::uint32_t mode) {
-  canvas_.Spend(dc_.clip.Combine(std::move(term), mode, canvas_.Width(), canvas_.Height()));
+void Playback::Combine(const Region& region, std::uint32_t mode) {
+  constexpr std::uint64_t kBoxWork = 1000;
+  dc_.clip = Combined(dc_.clip, region, mode);
+  if (dc_.clip != nullptr) canvas_.Spend(kBoxWork * static_cast<std::uint64_t>(1 + BoxCount(dc_.clip)));
   ClipChanged();
 }
 
-ClipTerm Playback::TermOf(std::span<const Area> boxes, const platform::Transform& map) {
-  if (map.m12 == 0 && map.m21 == 0) {
-    std::vector<Area> mapped;
-    for (const Area& box : boxes) {
-      const Spot one{map.X(box.left, box.top), map.Y(box.left, box.top)};
-      const Spot other{map.X(box.right, box.bottom), map.Y(box.right, box.bottom)};
-      mapped.push_back(
-          {std::min(one.x, other.x), std::min(one.y, other.y), std::max(one.x, other.x), std::max(one.y, other.y)});
-    }
-    return ClipTerm(RegionOf(mapped));
+Region Playback::RegionOfPath(const Path& path, bool winding) {
+  canvas_.Spend(static_cast<std::uint64_t>(canvas_.Width()) * static_cast<std::uint64_t>(canvas_.Height()));
+  return RegionOf(path, winding, canvas_.Width(), canvas_.Height());
+}
+
+Region Playback::RegionOfBoxes(std::span<const Area> boxes, const platform::Transform& map) {
+  if (!Upright(map)) return RegionOfPath(PathOfBoxes(boxes, map), true);
+  std::vector<Area> mapped;
+  for (const Area& box : boxes) {
+    const Spot one{map.X(box.left, box.top), map.Y(box.left, box.top)};
+    const Spot other{map.X(box.right, box.bottom), map.Y(box.right, box.bottom)};
+    mapped.push_back(
+        {std::min(one.x, other.x), std::min(one.y, other.y), std::max(one.x, other.x), std::max(one.y, other.y)});
   }
+  return RegionOf(mapped);
+}
+
+Path Playback::PathOfBoxes(std::span<const Area> boxes, const platform::Transform& map) {
   Path path;
   const auto spot = [&](double x, double y) -> Spot { return {map.X(x, y), map.Y(x, y)}; };
   for (const Area& box : boxes) {
@@ -42,40 +57,39 @@ ClipTerm Playback::TermOf(std::span<const Area> boxes, const platform::Transform
     path.LineTo(spot(box.left, box.bottom));
     path.Close();
   }
-  if (boxes.empty()) path.AddBox({});
-  return {std::move(path), true};
+  return path;
 }
 
 bool Playback::PlayClip(const Record& record) {
   switch (record.Type()) {
     case platform::kEmrIntersectClipRect:
-      Combine(TermOf(std::array{BoxAt(record, 8)}, toSamples_), platform::kRegionAnd);
+      Combine(RegionOfBoxes(std::array{BoxAt(record, 8)}, toSamples_), platform::kRegionAnd);
       return true;
     case platform::kEmrExcludeClipRect:
-      Combine(TermOf(std::array{BoxAt(record, 8)}, toSamples_), platform::kRegionDiff);
+      Combine(RegionOfBoxes(std::array{BoxAt(record, 8)}, toSamples_), platform::kRegionDiff);
       return true;
     case platform::kEmrOffsetClipRgn: {
       const Spot origin = ToSamples(0, 0);
       const Spot moved = ToSamples(record.SignedLong(8), record.SignedLong(12));
-      dc_.clip.Move(moved.x - origin.x, moved.y - origin.y);
+      if (dc_.clip != nullptr) dc_.clip = Moved(dc_.clip, moved.x - origin.x, moved.y - origin.y);
       ClipChanged();
       return true;
     }
     case platform::kEmrSetMetaRgn:
-      dc_.metaClip.Intersect(dc_.clip);
-      dc_.clip.Clear();
+      if (dc_.clip != nullptr) dc_.metaClip = Combined(dc_.metaClip, dc_.clip, platform::kRegionAnd);
+      dc_.clip = nullptr;
       ClipChanged();
       return true;
     case platform::kEmrExtSelectClipRgn: {
       const std::uint32_t mode = record.Long(12);
       if (record.Long(8) == 0) {
         if (mode != platform::kRegionCopy) return true;
-        dc_.clip.Clear();
+        dc_.clip = nullptr;
         ClipChanged();
         return true;
       }
       if (auto boxes = ReadRegion(record, 16, record.Long(8))) {
-        Combine(TermOf(*boxes, placement_.deviceToSamples), mode);
+        Combine(RegionOfBoxes(*boxes, placement_.deviceToSamples), mode);
       }
       return true;
     }
@@ -127,23 +141,29 @@ bool Playback::PlayRegion(const Record& record) {
   }
   const auto boxes = ReadRegion(record, regionAt, record.Long(24));
   if (!boxes || brush == nullptr) return true;
-  const ClipTerm area = TermOf(*boxes, toSamples_);
+  const Path area = PathOfBoxes(*boxes, toSamples_);
   if (type == platform::kEmrInvertRgn) {
-    canvas_.Combine(area.path, {}, nullptr, platform::kTargetInvert >> 16);
-  } else if (type != platform::kEmrFrameRgn) {
-    FillWith(area.path, brush, true);
-  } else if (area.region != nullptr) {
-    const auto samples = [](double units) {
-      return static_cast<std::int32_t>(std::clamp<double>(std::round(std::abs(units)), kSamples, kMaxCoordinate));
-    };
-    const Region rim = RimOf(area.region, samples(toSamples_.m11 * record.SignedLong(32)),
-                             samples(toSamples_.m22 * record.SignedLong(36)));
+    canvas_.Combine(area, {}, nullptr, platform::kTargetInvert >> 16);
+    return true;
+  }
+  if (type != platform::kEmrFrameRgn) {
+    FillWith(area, brush, true);
+    return true;
+  }
+  const auto samples = [](double units) {
+    return static_cast<std::int32_t>(std::clamp<double>(std::round(std::abs(units)), kSamples, kMaxCoordinate));
+  };
+  const Region rim = Upright(toSamples_)
+                         ? RimOf(RegionOfBoxes(*boxes, toSamples_), samples(toSamples_.m11 * record.SignedLong(32)),
+                                 samples(toSamples_.m22 * record.SignedLong(36)))
+                         : nullptr;
+  if (rim != nullptr) {
     FillWith(metafile_player::PathOf(rim), brush, true);
   } else if (!brush->IsNull()) {
     Pattern owner;
     Stroke stroke;
     stroke.width = std::max<double>(kSamples, std::abs(record.SignedLong(32)) * Scale());
-    canvas_.Line(area.path, stroke, PaintOf(*brush, owner), dc_.rop2);
+    canvas_.Line(area, stroke, PaintOf(*brush, owner), dc_.rop2);
   }
   return true;
 }

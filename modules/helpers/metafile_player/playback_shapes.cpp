@@ -18,7 +18,6 @@ constexpr double kPi = 3.14159265358979323846;
 constexpr double kHalfPixel = kSamples / 2.0;
 constexpr double kMaxWidth = 262144;  // samples: wider than any picture
 constexpr double kShortestDash = 0.25;
-constexpr double kMaxDashCount = 100000;
 constexpr double kSquare = 1.02;  // axes that differ by less count as equal
 constexpr double kFlattest = 1e4;
 constexpr double kThinPen = 1.5;  // pixels of a screen
@@ -381,7 +380,7 @@ bool Playback::PlayPath(const Record& record) {
       Path figures;
       std::swap(figures, path_);
       pathOpen_ = false;
-      Combine({std::move(figures), dc_.polyFillMode == platform::kFillWinding}, record.Long(8));
+      Combine(RegionOfPath(figures, dc_.polyFillMode == platform::kFillWinding), record.Long(8));
       return true;
     }
     default:
@@ -421,7 +420,7 @@ void Playback::StrokeWith(const Path& path, const Pen& pen) {
   shifted.Move(kHalfPixel, kHalfPixel);
   Stroke stroke = StrokeOf(pen);
   // Dashes that could never be told apart would take forever.
-  if (!stroke.dashes.empty() && shifted.Length() > kMaxDashCount * stroke.DashPeriod()) stroke.dashes.clear();
+  if (!stroke.dashes.empty() && shifted.Length() > kMaxDashes * stroke.DashPeriod()) stroke.dashes.clear();
   if (!stroke.dashes.empty() && !pen.IsGeometric() && dc_.bkMode == platform::kOpaqueMode) {
     Stroke gaps = stroke;
     gaps.dashes.clear();
@@ -554,6 +553,7 @@ Paint Playback::PaintOf(const Brush& brush, Pattern& owner) const {
   } else if (brush.bitmap != nullptr) {
     perPixel = kSamples;
     cairo_surface_t* surface = brush.bitmap->surface.get();
+    if (brush.mono) SpendOn(brush.bitmap.get());
     owner.reset(
         cairo_pattern_create_for_surface(brush.mono ? TwoColored(surface, dc_.textColor, dc_.bkColor).get() : surface));
   } else {
@@ -599,25 +599,52 @@ void Playback::GradientBox(Spot from, std::uint32_t fromColor, Spot to, std::uin
 
 void Playback::GradientTriangle(const Spot* corners, const std::uint32_t* colors) {
   Path path;
-  Pattern mesh(cairo_pattern_create_mesh());
-  cairo_mesh_pattern_begin_patch(mesh.get());
-  for (unsigned i = 0; i < 3; ++i) {
-    const Spot at = ToSamples(corners[i]);
+  std::array<Spot, 3> at;
+  for (std::size_t i = 0; i < 3; ++i) {
+    at[i] = ToSamples(corners[i]);
     if (i == 0) {
-      path.MoveTo(at);
-      cairo_mesh_pattern_move_to(mesh.get(), at.x, at.y);
+      path.MoveTo(at[i]);
     } else {
-      path.LineTo(at);
-      cairo_mesh_pattern_line_to(mesh.get(), at.x, at.y);
+      path.LineTo(at[i]);
     }
   }
-  for (unsigned i = 0; i < 3; ++i) {
-    const Channels color = ChannelsOf(colors[i]);
-    cairo_mesh_pattern_set_corner_color_rgb(mesh.get(), i, color.red, color.green, color.blue);
-  }
-  cairo_mesh_pattern_end_patch(mesh.get());
   path.Close();
-  canvas_.Blend(path, mesh.get(), 1);
+  const Area extent = path.Extent();
+  const auto edge = [](double value, std::int32_t size) {
+    return static_cast<std::int32_t>(std::clamp(value, 0.0, static_cast<double>(size)));
+  };
+  const std::int32_t left = edge(std::floor(extent.left), canvas_.Width());
+  const std::int32_t top = edge(std::floor(extent.top), canvas_.Height());
+  const std::int32_t right = edge(std::ceil(extent.right), canvas_.Width());
+  const std::int32_t bottom = edge(std::ceil(extent.bottom), canvas_.Height());
+  const double area = (at[1].x - at[0].x) * (at[2].y - at[0].y) - (at[2].x - at[0].x) * (at[1].y - at[0].y);
+  if (left >= right || top >= bottom || area == 0 || !std::isfinite(area)) return;
+  const Surface surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, right - left, bottom - top));
+  cairo_surface_flush(surface.get());
+  std::uint8_t* row = cairo_image_surface_get_data(surface.get());
+  if (row == nullptr) return;
+  constexpr std::uint64_t kGradientWork = 16;
+  canvas_.Spend(kGradientWork * static_cast<std::uint64_t>(right - left) * static_cast<std::uint64_t>(bottom - top));
+  // Each channel is a plane over the triangle.
+  for (std::int32_t y = top; y < bottom; ++y, row += cairo_image_surface_get_stride(surface.get())) {
+    for (std::int32_t x = left; x < right; ++x) {
+      const double px = x + 0.5 - at[0].x, py = y + 0.5 - at[0].y;
+      const double second = (px * (at[2].y - at[0].y) - py * (at[2].x - at[0].x)) / area;
+      const double third = (py * (at[1].x - at[0].x) - px * (at[1].y - at[0].y)) / area;
+      std::uint32_t pixel = 0;
+      for (int shift = 0; shift < 24; shift += 8) {
+        const auto channel = [&](std::size_t i) { return static_cast<double>(colors[i] >> shift & 255); };
+        const double value = channel(0) + second * (channel(1) - channel(0)) + third * (channel(2) - channel(0));
+        pixel |= static_cast<std::uint32_t>(std::clamp(value, 0.0, 255.0) + 0.5) << shift;
+      }
+      reinterpret_cast<std::uint32_t*>(row)[x - left] = pixel;
+    }
+  }
+  cairo_surface_mark_dirty(surface.get());
+  cairo_surface_set_device_offset(surface.get(), -left, -top);
+  const Pattern pattern(cairo_pattern_create_for_surface(surface.get()));
+  cairo_pattern_set_filter(pattern.get(), CAIRO_FILTER_NEAREST);
+  canvas_.Fill(path, false, {0, pattern.get()}, platform::kRop2CopyPen);
 }
 
 void Playback::GradientFill(const Record& record) {

@@ -17,6 +17,7 @@ namespace {
 
 constexpr double kPi = 3.14159265358979323846;
 constexpr std::size_t kMaxCharacters = 65536;
+constexpr std::size_t kGlyphsAtOnce = 64;
 // Samples of an em: below nothing is to be seen, above no letter is whole.
 constexpr double kSmallestEm = 0.5;
 constexpr double kLargestEm = 30000;
@@ -224,8 +225,8 @@ void Playback::DrawText(const TextRun& run) {
   if (!pathOpen_ && run.rises.empty() && !canvas_.Reaches(around)) return;
 
   const bool clipped = hasBox && (run.options & platform::kTextClipped) != 0;
-  const Clip before = dc_.clip;
-  if (clipped) Combine(TermOf(std::array{box}, toSamples_), platform::kRegionAnd);
+  const Region before = dc_.clip;
+  if (clipped) Combine(RegionOfBoxes(std::array{box}, toSamples_), platform::kRegionAnd);
   if (dc_.bkMode == platform::kOpaqueMode) fillLine(-frame.ascent, frame.descent, dc_.bkColor);
 
   cairo_matrix_t matrix;
@@ -237,11 +238,11 @@ void Playback::DrawText(const TextRun& run) {
   const double area = std::abs(matrix.xx * matrix.yy - matrix.xy * matrix.yx);
   if (least >= kSmallestEm && most <= kLargestEm && area >= kSmallestEm * kSmallestEm) {
     std::vector<cairo_glyph_t> glyphs;
-    for (std::size_t i = 0; i < placed.size();) {
+    for (std::size_t i = 0; i < placed.size() && !canvas_.Exhausted();) {
       // As many as share a face.
       cairo_font_face_t* const current = placed[i].glyph.face;
       glyphs.clear();
-      for (; i < placed.size() && placed[i].glyph.face == current; ++i) {
+      for (; i < placed.size() && placed[i].glyph.face == current && glyphs.size() < kGlyphsAtOnce; ++i) {
         const Spot at = spot(placed[i].along, -placed[i].above);
         glyphs.push_back({placed[i].glyph.index, at.x, at.y});
       }

@@ -53,11 +53,15 @@ bool ReadPlacement(const Record& header, std::int32_t width, std::int32_t height
   return true;
 }
 
+// Of a record that draws nothing, in samples.
+constexpr std::uint64_t kRecordWork = 64;
+
 void DrawTile(std::span<const std::uint8_t> stream, Canvas& canvas, Shared& shared, const Placement& placement) {
   Playback playback(canvas, shared, placement);
   platform::RecordReader reader(stream);
   Record record;
   for (std::uint32_t i = 0; i < kMaxRecords && !canvas.Exhausted() && reader.Next(record); ++i) {
+    canvas.Spend(kRecordWork);
     playback.Play(record);
   }
 }
@@ -82,12 +86,20 @@ bool DrawPicture(std::span<const std::uint8_t> stream, std::int32_t width, std::
   const auto pixelsPerRow = static_cast<std::size_t>(width);
   for (std::int32_t y = 0; y < height; y += tileHeight) {
     for (std::int32_t x = 0; x < width; x += tileWidth) {
-      if (!canvas.Begin(std::min(tileWidth, width - x), std::min(tileHeight, height - y))) return false;
+      const std::int32_t columns = std::min(tileWidth, width - x), rows = std::min(tileHeight, height - y);
+      std::uint32_t* const to = pixels + static_cast<std::size_t>(y) * pixelsPerRow + static_cast<std::size_t>(x);
+      if (canvas.Exhausted()) {
+        for (std::int32_t i = 0; i < rows; ++i) {
+          std::fill_n(to + static_cast<std::size_t>(i) * pixelsPerRow, columns, 0U);
+        }
+        continue;
+      }
+      if (!canvas.Begin(columns, rows)) return false;
       Placement tile = placement;
       tile.deviceToSamples.dx -= static_cast<double>(x) * kSamples;
       tile.deviceToSamples.dy -= static_cast<double>(y) * kSamples;
       DrawTile(stream, canvas, shared, tile);
-      canvas.Finish(pixels + static_cast<std::size_t>(y) * pixelsPerRow + static_cast<std::size_t>(x), pixelsPerRow);
+      canvas.Finish(to, pixelsPerRow);
     }
   }
   return true;
