@@ -12,6 +12,8 @@ namespace modules {
 inline constexpr std::uint32_t kMaxSide = 65535;
 // A header of some bytes that asks for gigabytes of pixels.
 inline constexpr std::uint64_t kMaxPagePixels = std::uint64_t{1} << 28;
+// A drawing of some bytes with a frame of kilometres: it is drawn at 72 dots per inch, four bytes a pixel.
+inline constexpr std::uint64_t kMaxDrawingPixels = std::uint64_t{1} << 27;
 // A file of many empty pages, or a chain of directories that never ends.
 inline constexpr std::uint32_t kMaxPages = 4096;
 // Many pages that are each within their own limit.
