@@ -18,6 +18,8 @@ inline constexpr std::uint64_t kMaxPageBytes = std::uint64_t{960} << 20;
 constexpr std::uint64_t PageBytesPerPixel(std::uint32_t bits) {
   return bits == 32 ? 4 + 4 + 1 : bits == 24 ? 3 + 1 : 2;
 }
+// A drawing of some bytes with a frame of kilometres: it is drawn at 72 dots per inch, four bytes a pixel.
+inline constexpr std::uint64_t kMaxDrawingPixels = 100'000'000;
 // A file of many empty pages, or a chain of directories that never ends.
 inline constexpr std::uint32_t kMaxPages = 4096;
 // Many pages that are each within their own limit.

@@ -1,6 +1,7 @@
 #include "modules/common/page_builder.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "glib/module_api/result_values.h"
 #include "modules/common/limits.h"
@@ -29,6 +30,15 @@ std::uint64_t BytesSoFar(const glib::ImageDataExchange& exchange) {
     if (page->bits > 0) bytes += page->Stride() * static_cast<std::uint64_t>(page->height);
   }
   return bytes;
+}
+
+bool FrameAllowed(const platform::Metafile& metafile) {
+  platform::EnhMetaHeader header;
+  if (!platform::GetEnhMetaFileHeader(&metafile, header)) return false;
+  constexpr double kDotsPerUnit = 72.0 / 2540;
+  const double width = (static_cast<double>(header.frameRight) - header.frameLeft) * kDotsPerUnit;
+  const double height = (static_cast<double>(header.frameBottom) - header.frameTop) * kDotsPerUnit;
+  return std::abs(width * height) <= static_cast<double>(kMaxDrawingPixels);
 }
 
 // Without raster, appended to the exchange.
@@ -91,6 +101,11 @@ Page* AddMetafilePage(glib::ImageDataExchange& exchange, std::span<const std::ui
   platform::Metafile* metafile = platform::SetEnhMetaFileBits(records.data(), records.size());
   if (metafile == nullptr) {
     Fail(exchange, glib::IERR, "The metafile has no header");
+    return nullptr;
+  }
+  if (!FrameAllowed(*metafile)) {
+    platform::DeleteEnhMetaFile(metafile);
+    Fail(exchange, glib::NSUP, "The drawing is too large");
     return nullptr;
   }
   Page* page = NewPage(exchange);

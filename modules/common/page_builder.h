@@ -42,7 +42,7 @@ bool PagesBelievable(const glib::ImageDataExchange& exchange, std::uint64_t byte
 Page* AddPage(glib::ImageDataExchange& exchange, std::uint32_t width, std::uint32_t height, std::uint32_t bits);
 
 // A page that is a metafile with the size of its frame, from a copy of its records. Null, with a message, if they don't
-// begin with the header of an enhanced metafile or if there are too many pages.
+// begin with the header of an enhanced metafile, the frame is too large to be drawn, or there are too many pages.
 Page* AddMetafilePage(glib::ImageDataExchange& exchange, std::span<const std::uint8_t> records);
 
 // The result of a load that found `rows` of the rows of the last page. Missing rows stay zero and are worth a word in

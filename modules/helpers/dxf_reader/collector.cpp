@@ -358,7 +358,8 @@ void Collector::addHatchLoop(const DL_HatchLoopData&) {
 void Collector::addHatchEdge(const DL_HatchEdgeData& data) {
   if (!item_ || item_->lines.empty() || Full()) return;
   Line& line = item_->lines.back();
-  const double ways = data.ccw ? 1 : -1;
+  // The library sets it for arcs only.
+  const double ways = (data.type != 2 && data.type != 3) || data.ccw ? 1 : -1;
   switch (data.type) {
     case 0: {
       const Line part = LoopOf(data.vertices);

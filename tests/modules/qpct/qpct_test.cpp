@@ -361,6 +361,8 @@ TEST_F(Qpct, AbsurdSizesAreRefused) {
     EXPECT_NE(loaded.result, glib::RCOK) << c.width;
     CheckOutcome(loaded);
   }
+  Pict huge(30000, 30000);
+  EXPECT_NE(Load(huge.Do(0x31).Box(0, 0, 9, 9).End()).result, glib::RCOK);
   EXPECT_EQ(Load(Pict(0, 0).End()).result, glib::IERR);
   EXPECT_EQ(Load(Pict(5, 5).End()).result, glib::IERR);  // nothing drawn
 }
