@@ -18,9 +18,8 @@ namespace {
 
 constexpr std::size_t kMaxMovie = std::size_t{256} << 20;
 constexpr std::int32_t kTwips = 20;
-// Players show stages of up to 8191 pixels a side. A page of that size is drawn in seconds, and needs a quarter of a
-// GiB.
-constexpr std::uint64_t kMaxStage = std::uint64_t{1} << 26;
+// Twice what the finest screens show. Fills of a larger stage would need hundreds of megabytes each.
+constexpr std::uint64_t kMaxStage = std::uint64_t{1} << 24;
 constexpr double kMaxSeconds = 3.0;  // of the processor, after which no further page is begun
 
 // Hundredths of a second of so many frames.

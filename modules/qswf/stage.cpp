@@ -382,7 +382,9 @@ void Stage::Fill(const FillStyle& style, const Path& path, const Transform& matr
   } else {
     const auto width = static_cast<std::uint32_t>(right - left);
     const auto height = static_cast<std::uint32_t>(bottom - top);
-    if (!Spend(budget_.fillPixels, std::uint64_t{width} * height) || !picture.Allocate(width, height, 32)) return;
+    const std::uint64_t area = std::uint64_t{width} * height;
+    if (!Spend(recordedPixels_, area) || !Spend(budget_.fillPixels, area)) return;
+    if (!picture.Allocate(width, height, 32)) return;
     const modules::Picture* bitmap = style.picture;
     if (style.kind == FillStyle::Kind::kBitmap && bitmap == nullptr) bitmap = characters_.FindBitmap(style.bitmap);
     if (!PaintFill(style, matrix, colors, bitmap, left, top, picture)) return;

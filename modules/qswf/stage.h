@@ -12,7 +12,7 @@ namespace qswf {
 // What a movie may draw on all its pages together: sprites in sprites multiply.
 struct DrawingBudget {
   std::uint64_t edges = std::uint64_t{1} << 22;
-  std::uint64_t fillPixels = std::uint64_t{1} << 27;
+  std::uint64_t fillPixels = std::uint64_t{1} << 26;
   std::uint64_t objects = std::uint64_t{1} << 18;
   std::uint64_t pagePixels = std::uint64_t{1} << 27;
 };
@@ -54,6 +54,7 @@ class Stage {
   Characters& characters_;
   DrawingBudget& budget_;
   platform::MetafileRecorder recorder_;
+  std::uint64_t recordedPixels_ = std::uint64_t{1} << 25;  // that this page's fills may still keep
 };
 
 }  // namespace qswf

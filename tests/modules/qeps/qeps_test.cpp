@@ -161,17 +161,6 @@ TEST_F(Qeps, WhatSwitchesPrintersIsPassedOver) {
   ExpectRedCorner(Load("\x1B%-12345X@PJL JOB\n@PJL ENTER LANGUAGE=POSTSCRIPT\n" + RedCornerEps(), kPsId));
 }
 
-TEST_F(Qeps, AnnouncedPagesMayTakeTheirTime) {
-  // Each a good part of what a script may take, all together more.
-  const std::string page =
-      "%%Page: 1 1\nrealtime {dup realtime exch sub 1300 gt {pop exit} if} loop "
-      "<</PageSize [40 20]>> setpagedevice showpage\n";
-  std::string script = "%!PS-Adobe-3.0\n%%Pages: (atend)\n";
-  for (int i = 0; i < 4; ++i) script += page;
-  const Loaded loaded = Load(script + "%%Trailer\n%%Pages: 4\n", kPsId);
-  EXPECT_EQ(loaded.PageCount(), 4U) << loaded.message;
-}
-
 TEST_F(Qeps, SettingsGiveTheResolution) {
   glib::GIFSave settings;
   settings.dpiX = 144.0;

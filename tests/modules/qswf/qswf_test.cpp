@@ -330,7 +330,7 @@ TEST_F(Qswf, InformationComesFromTheHeader) {
 }
 
 TEST_F(Qswf, AbsurdSizesAreRefused) {
-  for (const auto& [width, height] : {std::pair{0, 5}, {-3, 5}, {26000, 26000}, {8200, 8200}}) {
+  for (const auto& [width, height] : {std::pair{0, 5}, {-3, 5}, {26000, 26000}, {4200, 4200}}) {
     const Loaded loaded = host_.Load(SwfWriter(width, height).Show().File(), kSwfId);
     EXPECT_NE(loaded.result, glib::RCOK) << width;
     CheckOutcome(loaded);
@@ -538,12 +538,12 @@ TEST_F(Qswf, LinesEndAsTheySay) {
 }
 
 TEST_F(Qswf, LargeMoviesOfManyFramesEnd) {
-  SwfWriter movie(6000, 6000);
+  SwfWriter movie(4000, 4000);
   movie.Box(1, 0, 0, 4, 4, {255, 0, 0});
   for (std::uint32_t i = 0; i < 200; ++i) movie.Place(1, 1 + i, static_cast<std::int32_t>(i)).Show();
   const Loaded loaded = Load(movie.File());
   EXPECT_GE(loaded.PageCount(), 1U);
-  EXPECT_LE(loaded.PageCount(), 3U);
+  EXPECT_LE(loaded.PageCount(), 8U);
   EXPECT_NE(loaded.message, "");
 }
 
