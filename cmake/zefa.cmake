@@ -10,7 +10,7 @@ if(ZEFA_SANITIZE)
   target_compile_options(zefa_options INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer
     # With its checks built in, the compiler takes sizes for negative that it has just been told are not.
-    $<$<CXX_COMPILER_ID:GNU>:-Wno-stringop-overflow>)
+    "$<$<CXX_COMPILER_ID:GNU>:-Wno-stringop-overflow;-Wno-array-bounds>")
   target_link_options(zefa_options INTERFACE -fsanitize=address,undefined)
 endif()
 
