@@ -12,6 +12,7 @@ void ParseCommandLine(glib::BaseFormatDesc*& format, ConvertSettings& settings, 
   ParseOptions(format, settings, tokens);
   // Without a word about it the number of colours comes from the source.
   if (auto* gif = dynamic_cast<glib::GIFSave*>(format)) gif->paletteItems = 0;
+  // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker): ParseOptions makes one
   ParseRawArguments(*format, settings, argc, argv);
   settings.logPath = settings.destFolder + "\\ZEFA.log";
   settings.outExt = ".gif";

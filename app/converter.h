@@ -27,15 +27,15 @@ class Converter {
   static bool EnterFolder(const char* path);
 
   // naming
-  static void ChangeExtension(Text& path, Text name, Text ext);
+  static void ChangeExtension(Text& path, const Text& name, const Text& ext);
   static void CleanName(Text& path);
-  static Text NameOf(Text path);  // what stands behind the last backslash
+  static Text NameOf(const Text& path);  // what stands behind the last backslash
   // The folder that a path lies in, as EnsureFolder wants it: "." for a bare name, the backslash alone for the root.
-  static Text FolderOf(Text path);
+  static Text FolderOf(const Text& path);
   // Makes a folder with its parents; a relative one is made in the current folder. What was made before a failure
   // stays.
-  static bool EnsureFolder(Text folder);
-  static Text FreeName(Text path, Text ext);
+  static bool EnsureFolder(const Text& folder);
+  static Text FreeName(const Text& path, const Text& ext);
   static bool RemoveFile(Text path);
   // Paths of the files of a folder that match a pattern with "*" and "?".
   static std::vector<Text> ListMatching(Text folder, Text pattern);

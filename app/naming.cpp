@@ -28,7 +28,7 @@ Text SplitLastPart(Text& rest) {
 
 }  // namespace
 
-void Converter::ChangeExtension(Text& path, Text name, Text ext) {
+void Converter::ChangeExtension(Text& path, const Text& name, const Text& ext) {
   if (!name.IsEmpty() && LastPosition(name, '.') != 0) {
     const std::int32_t dot = LastPosition(path, '.');
     if (dot > 0) path = path.Left(static_cast<std::uint32_t>(dot));
@@ -41,17 +41,17 @@ void Converter::CleanName(Text& path) {
   path.ReplaceAll(":\\\\", ":\\");
 }
 
-Converter::Text Converter::NameOf(Text path) {
+Converter::Text Converter::NameOf(const Text& path) {
   return path.Right(path.Length() - static_cast<std::uint32_t>(LastPosition(path, '\\') + 1));
 }
 
-Converter::Text Converter::FolderOf(Text path) {
+Converter::Text Converter::FolderOf(const Text& path) {
   const std::int32_t slash = LastPosition(path, '\\');
   if (slash < 0) return ".";
   return path.Left(slash == 0 ? 1 : static_cast<std::uint32_t>(slash));
 }
 
-bool Converter::EnsureFolder(Text folder) {
+bool Converter::EnsureFolder(const Text& folder) {
   if (folder.IsEmpty() || platform::Exists(folder.c_str())) return true;
   gen::array_ptr<Text> parts;
   Text rest = folder;
@@ -70,7 +70,7 @@ bool Converter::EnsureFolder(Text folder) {
   return platform::Writable(folder.c_str());
 }
 
-Converter::Text Converter::FreeName(Text path, Text ext) {
+Converter::Text Converter::FreeName(const Text& path, const Text& ext) {
   if (!platform::Exists(path.c_str())) return path;
   const std::int32_t dot = LastPosition(path, '.');
   const Text base = dot < 0 ? path : path.Left(static_cast<std::uint32_t>(dot));

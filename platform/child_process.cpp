@@ -67,7 +67,7 @@ std::string FindProgram(const std::string& name) {
   std::string_view folders = path != nullptr ? path : "/usr/local/bin:/usr/bin:/bin";
   while (!folders.empty()) {
     const std::size_t end = std::min(folders.find(':'), folders.size());
-    const std::string file = std::string(folders.substr(0, end)) + "/" + name;
+    std::string file = std::string(folders.substr(0, end)) + "/" + name;
     folders.remove_prefix(std::min(end + 1, folders.size()));
     struct stat state {};
     if (file[0] == '/' && access(file.c_str(), X_OK) == 0 && stat(file.c_str(), &state) == 0 &&

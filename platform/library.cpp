@@ -30,7 +30,7 @@ void* LoadModule(const char* folder, const char* name) {
   const std::string file = NativePath(name) + kExtension;
   if (folder != nullptr && *folder != '\0') return Open(NativePath(folder) + "/" + file);
 
-  const std::string beside = ProgramFolder();
+  const std::string& beside = ProgramFolder();
   if (!beside.empty()) {
     if (void* module = Open(beside + "/modules/" + file)) return module;
     if (void* module = Open(beside + "/../lib/zefa/" + file)) return module;

@@ -71,9 +71,9 @@ void TurnBlock(const std::uint32_t* source, std::ptrdiff_t sourceRow, std::ptrdi
 
 #endif
 
-// Rows `first` up to `end` by way of a block near the processor, from which long pieces of target rows go out. The block
-// draws one line of memory from each of many rows, which no processor foresees: the lines of the next block are asked
-// for while this one is turned.
+// Rows `first` up to `end` by way of a block near the processor, from which long pieces of target rows go out. The
+// block draws one line of memory from each of many rows, which no processor foresees: the lines of the next block are
+// asked for while this one is turned.
 void TurnInBlocks(const std::uint32_t* source, std::ptrdiff_t width, std::ptrdiff_t first, std::ptrdiff_t end,
                   std::uint32_t* target, std::ptrdiff_t targetRow, std::ptrdiff_t along, bool stream) {
   constexpr std::ptrdiff_t kColumns = 16;

@@ -32,6 +32,7 @@ void WriteMeans(std::vector<std::uint32_t>& sums, std::uint32_t sampleCount, std
     const std::size_t first = i / 3 * samples;
     const auto columns = static_cast<std::uint32_t>(std::min<std::size_t>(samples, sampleCount - first));
     const std::uint32_t count = columns * rows;
+    // NOLINTNEXTLINE(clang-analyzer-core.DivideZero): every mean has a sample
     row[i] = static_cast<std::uint8_t>((sums[i] + count / 2) / count);
     sums[i] = 0;
   }

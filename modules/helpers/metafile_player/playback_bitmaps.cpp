@@ -318,7 +318,7 @@ std::shared_ptr<const Bitmap> Playback::SomeRows(const Record& record, const Bit
   const std::int64_t all = std::abs(height);
   const bool some = Record(header).Long(0) >= 40 && height != 0 && count > 0 && count < all && first <= all - count;
   if (!some) {
-    const auto bitmap = BitmapOf(record, place, AlphaOf::kNothing);
+    auto bitmap = BitmapOf(record, place, AlphaOf::kNothing);
     if (bitmap != nullptr && bitmap->bottomUp) part.top = bitmap->height - part.top - part.height;
     return bitmap;
   }

@@ -103,6 +103,7 @@ void UnpackSamples(const std::uint8_t* row, std::size_t count, const TiffLayout&
   }
   const bool lab = layout.colours == TiffColours::kLab || layout.colours == TiffColours::kIccLab;
   if (layout.format != SAMPLEFORMAT_INT || lab || layout.colours == TiffColours::kPalette) return;
+  // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): no layout has 0 bits
   const std::uint32_t sign = std::uint32_t{1} << (layout.bits - 1);
   for (std::size_t i = 0; i < count; ++i) target[i * step] ^= sign;
 }
